@@ -1,0 +1,42 @@
+# Wraps the CMake build. `make demo` and `make test` are all that a fresh Debian machine needs.
+JOBS ?= $(shell nproc)
+N ?= 100
+SEED ?= 1
+RELEASE := build/release
+CHECKED := build/checked
+
+.PHONY: all demo test fuzz exhaustive bench release checked setup format clean
+
+all: release
+
+setup:
+	@scripts/setup
+
+release: setup
+	@cmake --preset release >/dev/null
+	@cmake --build $(RELEASE) -j $(JOBS)
+
+checked: setup
+	@cmake --preset checked >/dev/null
+	@cmake --build $(CHECKED) -j $(JOBS)
+
+demo: release
+	@scripts/demo $(RELEASE)/bin
+
+test: release checked
+	ctest --test-dir $(CHECKED) -j $(JOBS) --output-on-failure
+	tests/exec/run.py --bin $(RELEASE)/bin --jobs $(JOBS) --modes all
+	tests/exec/run.py --bin $(CHECKED)/bin --jobs $(JOBS) --modes quick
+
+# Random programs: make fuzz N=300 SEED=1
+fuzz: release
+	tests/fuzz/fuzz.py --bin $(RELEASE)/bin --jobs $(JOBS) --count $(N) --seed-from $(SEED)
+
+bench: release
+	bench/run $(RELEASE)/bin
+
+format:
+	clang-format -i $$(git ls-files '*.cpp' '*.h')
+
+clean:
+	rm -rf build

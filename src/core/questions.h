@@ -1,0 +1,25 @@
+// Questions about trees that many rooms ask.
+#pragma once
+
+#include "core/records.h"
+
+namespace velkor {
+
+// Is the tree's value the same throughout the program's run (constants, addresses, const objects)?
+[[nodiscard]] bool is_constant_tree(const NODE *tree);
+
+// Does evaluating the tree do more than yield a value: an assignment, a call, a transfer, an access
+// to something volatile? When all objects count as volatile the accesses are marked here.
+[[nodiscard]] bool has_side_effects(NODE *tree);
+
+// Text for the listing only: an ASM node that generates no code.
+[[nodiscard]] bool is_comment_asm(const NODE *node);
+
+// The copy by which a function's prologue moves a parameter to its local home, or a list of them.
+[[nodiscard]] bool is_param_copy(const NODE *node);
+
+// Brings the qualifiers of a NAME, DEREF, MEMBER or ARROW node up to date with its symbol and its
+// operands; returns the node.
+NODE *refresh_qual(NODE *node);
+
+} // namespace velkor

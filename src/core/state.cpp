@@ -1,0 +1,10 @@
+#include "core/state.h"
+
+#include "core/options.h"
+
+namespace velkor {
+
+Options options;
+State state;
+
+} // namespace velkor

@@ -1,0 +1,28 @@
+// Trees as C text: for the debug file, the information file and the comments of the listing.
+#pragma once
+
+#include "core/records.h"
+
+#include <cstddef>
+#include <span>
+
+namespace velkor {
+
+inline constexpr std::size_t infix_limit = 200;      // characters; behind them "..." ends the text
+inline constexpr std::size_t infix_text_size = 4608; // bytes that hold any text with its NUL
+inline constexpr std::size_t infix_line_size = infix_text_size + 64; // with a line number in front
+inline constexpr std::size_t label_comment_size = 64;
+
+// The statement as C text that ends in ";". Static text, valid until the next call. A call while a
+// text is being made (the simplifier may print trees of its own) yields a fixed complaint instead.
+[[nodiscard]] const char *tree2infix(const NODE *tree);
+
+// The same text as a comment of the listing, with the source line in front. Written to buffer
+// (infix_line_size bytes hold every text; a shorter one cuts it); returns the start of the text.
+char *tree2infix_line(const NODE *tree, int line, std::span<char> buffer);
+
+// The comment that stands for a label in the listing. Written to buffer (label_comment_size bytes
+// are enough); returns its start.
+char *label_comment(int index, std::span<char> buffer);
+
+} // namespace velkor

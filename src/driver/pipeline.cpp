@@ -1,0 +1,70 @@
+#include "driver/pipeline.h"
+
+#include "cfg/check_function.h"
+#include "cfg/straight_blocks.h"
+#include "core/options.h"
+#include "core/state.h"
+#include "icode/function_writer.h"
+#include "lower/lower_function.h"
+
+#include <array>
+
+namespace velkor {
+namespace {
+
+constexpr std::array passes = {
+    Pass{"build_blocks", "cut the statements into blocks", 0, Shape::ANY, true,
+         build_straight_blocks},
+    Pass{"lower_function", "restore the forms that the code generator wants", 0, Shape::ANY, true,
+         lower_function},
+    Pass{"write_function", "write the function to the output file", 0, Shape::ANY, true,
+         write_function},
+};
+
+bool shape_fits(Shape shape) {
+  switch (shape) {
+  case Shape::ANY: return true;
+  case Shape::ONE_BLOCK: return state.num_blocks == 1;
+  case Shape::MANY_BLOCKS: return state.num_blocks > 1;
+  }
+  return false;
+}
+
+bool shall_run(const Pass &pass) {
+  if (options.opt_level < pass.lowest_level || !shape_fits(pass.shape)) return false;
+  if (pass.required || pipeline_requests.limit < 0) return true;
+  if (pipeline_requests.limit == 0) return false;
+  pipeline_requests.limit -= 1;
+  return true;
+}
+
+bool checks_each_pass() {
+#ifdef VELKOR_CHECKED
+  return true;
+#else
+  return pipeline_requests.verify_each;
+#endif
+}
+
+void run_pass(const Pass &pass) {
+  const PassObserver &observer = pipeline_requests.observer;
+  if (observer.before) observer.before(pass);
+  pass.run();
+  if (checks_each_pass()) check_function(pass.name);
+  if (observer.after) observer.after(pass);
+}
+
+} // namespace
+
+PipelineRequests pipeline_requests;
+
+std::span<const Pass> function_passes() {
+  return passes;
+}
+
+void run_function_passes() {
+  for (const Pass &pass : passes)
+    if (shall_run(pass)) run_pass(pass);
+}
+
+} // namespace velkor

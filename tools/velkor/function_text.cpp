@@ -1,0 +1,229 @@
+#include "velkor/function_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <unordered_map>
+
+#include "core/state.h"
+#include "file/icode_file.h"
+#include "icode/format.h"
+#include "text/text.h"
+
+namespace velkor::tool {
+namespace {
+
+// Symbols that the function's trees refer to, by level 0 to 2.
+using SymbolsByLevel = std::array<std::vector<const SYM *>, 3>;
+
+std::size_t level_of(const SYM *sym) {
+  return static_cast<std::size_t>(std::clamp<int>(sym->level, 0, 2));
+}
+
+bool has_symbol(const NODE *node) {
+  const RecordFields fields = opcode_table[node->op].fields;
+  return fields == RecordFields::QUAL_SYMBOL || fields == RecordFields::SYMBOL ||
+         fields == RecordFields::SYMBOL_QUAL;
+}
+
+template <typename Visit> void for_each_node(const NODE *tree, const Visit &visit) {
+  for (; tree && tree->op != LABELDEF; tree = tree->left) {
+    visit(tree);
+    for_each_node(tree->right, visit);
+  }
+}
+
+template <typename Visit> void for_each_statement(const Visit &visit) {
+  for (const BB *block = state.first_bb; block; block = block->next)
+    for (const LIST *cell = block->trees; cell; cell = cell->next)
+      visit(cell);
+  if (state.first_bb) return;
+  std::vector<const LIST *> cells; // as read: newest first
+  for (const LIST *cell = state.statements; cell; cell = cell->next)
+    cells.push_back(cell);
+  std::for_each(cells.rbegin(), cells.rend(), visit);
+}
+
+file::Symbol symbol_record(const SYM *sym) {
+  file::Symbol record;
+  record.name = sym->name;
+  record.size = sym->size;
+  record.sclass = sym->sclass;
+  record.stype = sym->stype;
+  record.squal = sym->squal;
+  record.align = sym->align;
+  return record;
+}
+
+class Printer {
+public:
+  Printer() {
+    SymbolsByLevel symbols;
+    for_each_statement([&](const LIST *cell) {
+      for_each_node(cell->item, [&](const NODE *node) {
+        if (has_symbol(node) && node->u.sym && known_.try_emplace(node->u.sym).second)
+          symbols[level_of(node->u.sym)].push_back(node->u.sym);
+      });
+    });
+    for (std::size_t level = 0; level < symbols.size(); ++level) {
+      if (level == 1) scopes_.follow(MARKER_BF);
+      if (level == 2) scopes_.follow(MARKER_EA);
+      for (const SYM *sym : symbols[level])
+        known_[sym] = scopes_.add(symbol_record(sym));
+    }
+  }
+
+  std::vector<std::string> lines() {
+    std::vector<std::string> result;
+    for (const BB *block = state.first_bb; block; block = block->next) {
+      for (const LABEL *label = block->labels; label; label = label->next)
+        result.push_back('L' + std::to_string(label->index) + ':');
+      for (const LIST *cell = block->trees; cell; cell = cell->next)
+        result.push_back(statement(cell->item));
+    }
+    if (!state.first_bb)
+      for_each_statement([&](const LIST *cell) { result.push_back(statement(cell->item)); });
+    return result;
+  }
+
+private:
+  std::string statement(const NODE *node) {
+    switch (node->op) {
+    case LABELDEF: return 'L' + std::to_string(node->label->index) + ':';
+    case ASM: return "  asm " + std::string(node->aux.text);
+    case PPRAGMA: return "  pragma";
+    case LIVEINFO: return "  live_registers";
+    case IF:
+      return "  if " + tree(node->left) + " then " + tree(node->right->left) + " else " +
+             tree(node->right->right);
+    default: return "  " + tree(node);
+    }
+  }
+
+  std::string tree(const NODE *node) {
+    file::IcodeFile file;
+    const file::NodeIndex root = convert(node, file);
+    return text::tree_to_text(file, root, scopes_);
+  }
+
+  // A subtree that is shared between expressions prints in full at each of its places.
+  static const NODE *look_through(const NODE *node) {
+    while (node && (node->op == CSE_DUPE || node->op == CSE_ORIG))
+      node = node->right;
+    return node;
+  }
+
+  file::NodeIndex convert(const NODE *node, file::IcodeFile &file) {
+    node = look_through(node);
+    if (!node) return file::no_node;
+    file::Node record;
+    record.op = node->op;
+    record.type = node->type;
+    record.qual = file_qualifier(node);
+    record.value = node->op == LABELREF && node->aux.label ? node->aux.label->index : node->u.lval;
+    record.size = node->depnum;
+    set_texts(node, record);
+    if (has_symbol(node)) {
+      const text::Reference place = node->u.sym ? known_[node->u.sym] : text::Reference{};
+      record.level = static_cast<std::int16_t>(place.level);
+      record.index = static_cast<std::int16_t>(place.index);
+    }
+    record.left = convert(node->left, file);
+    record.right = convert(node->right, file);
+    return file.add(std::move(record));
+  }
+
+  static std::uint8_t file_qualifier(const NODE *node) {
+    if (node->op == CALL || node->op == STCALL) return node->qual;
+    return static_cast<std::uint8_t>(is_derived(node->type) ? node->qual >> 4 & 3 : node->qual & 3);
+  }
+
+  static void set_texts(const NODE *node, file::Node &record) {
+    if (node->op == SCON)
+      record.text.assign(node->aux.text, static_cast<std::size_t>(node->u.lval));
+    else if (node->op == FCON)
+      record.text = node->aux.text;
+    else if (opcode_table[node->op].fields == RecordFields::TEXT && node->u.name)
+      record.text = node->u.name;
+  }
+
+  text::Scopes scopes_;
+  std::unordered_map<const SYM *, text::Reference> known_;
+};
+
+// Lengths of longest common subsequences of the tails of two line lists.
+class CommonLines {
+public:
+  CommonLines(const std::vector<std::string> &a, const std::vector<std::string> &b)
+      : width_(b.size() + 1), lengths_((a.size() + 1) * width_) {
+    for (std::size_t i = a.size(); i-- > 0;)
+      for (std::size_t j = b.size(); j-- > 0;)
+        lengths_[i * width_ + j] =
+            a[i] == b[j] ? at(i + 1, j + 1) + 1 : std::max(at(i + 1, j), at(i, j + 1));
+  }
+  [[nodiscard]] int at(std::size_t i, std::size_t j) const { return lengths_[i * width_ + j]; }
+
+private:
+  std::size_t width_;
+  std::vector<int> lengths_;
+};
+
+// Takes what both have in front off, and returns how many lines that was.
+std::size_t common_prefix(const std::vector<std::string> &a, const std::vector<std::string> &b) {
+  std::size_t count = 0;
+  while (count < a.size() && count < b.size() && a[count] == b[count])
+    ++count;
+  return count;
+}
+
+void add_line(std::string &out, char sign, const std::string &line) {
+  out += sign;
+  out += ' ';
+  out += line;
+  out += '\n';
+}
+
+} // namespace
+
+std::vector<std::string> function_text() {
+  return Printer().lines();
+}
+
+std::string difference(const std::vector<std::string> &before,
+                       const std::vector<std::string> &after) {
+  constexpr std::size_t largest_table = 4'000'000; // cells; larger differences print as a whole
+  std::string out;
+  if (before == after) return out;
+  const std::size_t prefix = common_prefix(before, after);
+  std::vector<std::string> a(before.begin() + static_cast<std::ptrdiff_t>(prefix), before.end());
+  std::vector<std::string> b(after.begin() + static_cast<std::ptrdiff_t>(prefix), after.end());
+  if (prefix > 0) add_line(out, ' ', before[prefix - 1]);
+  if (a.size() * b.size() > largest_table) {
+    for (const std::string &line : a)
+      add_line(out, '-', line);
+    for (const std::string &line : b)
+      add_line(out, '+', line);
+    return out;
+  }
+  const CommonLines common(a, b);
+  std::size_t i = 0;
+  std::size_t j = 0;
+  bool changed_before = true; // is the line ahead one that differs?
+  while (i < a.size() || j < b.size()) {
+    if (i < a.size() && j < b.size() && a[i] == b[j]) {
+      if (changed_before) add_line(out, ' ', a[i]);
+      changed_before = false;
+      ++i;
+      ++j;
+      continue;
+    }
+    changed_before = true;
+    if (j == b.size() || (i < a.size() && common.at(i + 1, j) >= common.at(i, j + 1)))
+      add_line(out, '-', a[i++]);
+    else
+      add_line(out, '+', b[j++]);
+  }
+  return out;
+}
+
+} // namespace velkor::tool
