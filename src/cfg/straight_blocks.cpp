@@ -27,8 +27,10 @@ BB *new_block(BB *previous) {
 
 void attach_label(LABEL *label, BB *block, LabelIndex &labels) {
   label->bb = block;
-  label->next = block->labels;
-  block->labels = label;
+  LABEL **link = &block->labels;
+  while (*link)
+    link = &(*link)->next;
+  *link = label;
   const auto index = static_cast<std::size_t>(label->index);
   if (index >= labels.size()) labels.resize(index + 1, nullptr);
   if (!labels[index]) labels[index] = label;
@@ -51,6 +53,7 @@ LABEL *find_label(std::int32_t index, const LabelIndex &labels) {
   abnormal_end();
 }
 
+// Only a transfer of control refers to labels.
 void resolve_labels(NODE *tree, const LabelIndex &labels) {
   for (; tree; tree = tree->left) {
     if (tree->op == LABELREF) {
@@ -91,7 +94,7 @@ void build_straight_blocks() {
   state.first_bb->prev = block;
   for (BB *each = state.first_bb; each; each = each->next)
     for (LIST *cell = each->trees; cell; cell = cell->next)
-      resolve_labels(cell->item, labels);
+      if (op_effect(cell->item->op) == TRANSFERS) resolve_labels(cell->item, labels);
 }
 
 } // namespace velkor

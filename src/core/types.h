@@ -132,6 +132,20 @@ inline constexpr std::array<BasicTypeProperties, 16> basic_type_table = {{
   return (type & ~basic_type_mask) | basic_type(type).internal;
 }
 
+// Width and mask of a value of the type: a derived type is a 32-bit word.
+[[nodiscard]] constexpr std::int32_t value_width(TypeWord type) {
+  return is_derived(type) ? pointer_width : type_width(type);
+}
+[[nodiscard]] constexpr std::uint32_t value_mask(TypeWord type) {
+  return is_derived(type) ? ~0u : type_mask(type);
+}
+[[nodiscard]] constexpr bool is_signed_integer(TypeWord type) {
+  return is_integer(type) && type < first_unsigned_type;
+}
+[[nodiscard]] constexpr bool is_unsigned_integer(TypeWord type) {
+  return is_integer(type) && type >= first_unsigned_type;
+}
+
 // The qualifiers of the value that a node yields, from its type and the low byte of its qualifiers.
 [[nodiscard]] constexpr bool is_const_value(TypeWord type, std::uint32_t qual) {
   return is_derived(type) ? (qual & 48) == 16 : (qual & 3) == 1;

@@ -93,6 +93,15 @@ BUFFER *new_buffer(std::size_t bytes) {
   return buffer;
 }
 
+// The first of the newest buffers that has room, or a new one.
+BUFFER *serving_buffer(std::size_t bytes) {
+  int looked_at = 0;
+  for (BUFFER *buffer = zones.buffers; buffer && looked_at < buffers_searched;
+       buffer = buffer->next, ++looked_at)
+    if (serves(buffer, bytes)) return buffer;
+  return new_buffer(bytes);
+}
+
 void *global_alloc(std::size_t bytes) {
   ZoneStatistics &statistics = zones.statistics;
   statistics.largest_global_request = std::max(statistics.largest_global_request, bytes);
@@ -216,12 +225,8 @@ void *lalloc(std::size_t bytes) {
   statistics.local_bytes += bytes;
   statistics.local_calls += 1;
   BUFFER *buffer = zones.buffers;
-  for (int looked_at = 0; buffer && !serves(buffer, bytes); buffer = buffer->next)
-    if (++looked_at == buffers_searched) {
-      buffer = nullptr;
-      break;
-    }
-  if (!buffer) buffer = new_buffer(bytes);
+  if (!buffer || !serves(buffer, bytes)) [[unlikely]]
+    buffer = serving_buffer(bytes);
   const std::size_t start = aligned(buffer->used);
   buffer->used = start + bytes;
   unpoison(buffer->base + start, bytes);

@@ -10,6 +10,8 @@
 
 namespace velkor {
 
+struct NODE;
+
 // Memory of the global zone (zone 0) or of the local zone (any other value, so that a symbol's
 // lexical level can be passed). Uninitialized; aligned for every record. Fatal when there is none.
 [[nodiscard]] void *zalloc(int zone, std::size_t bytes);
@@ -26,7 +28,6 @@ void release_all_zones();
 
 // Records of the five recycled types. take_* pops the free list, else allocates locally; the fields
 // are undefined. give_* pushes a record; using it afterwards is a fault that checked builds see.
-struct NODE;
 struct LIST;
 struct EDGE;
 struct SYMLIST;

@@ -6,6 +6,7 @@
 #include "diag/subscript.h"
 #include "diag/type_text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <initializer_list>
@@ -34,8 +35,7 @@ struct Piece {
     ARGUMENTS, // a list of arguments
     NEGATED,   // the opposite of a condition
     CAST,      // the type word number as a cast
-    NUMBER,
-    STRING // quoted, number bytes of text
+    NUMBER
   };
   Kind kind;
   int precedence = 0;
@@ -47,7 +47,7 @@ struct Piece {
 // Work on trees is a list of pieces, not recursion: trees of a file may be deeper than the stack.
 struct InfixState {
   bool in_use = false;
-  bool ended = false; // "..." is written
+  bool cut = false; // a single word was too long for the text
   std::size_t length = 0;
   std::array<char, infix_text_size> text{};
   std::vector<Piece> pending; // the next piece last
@@ -72,9 +72,6 @@ Piece cast_piece(TypeWord type) {
 Piece number_piece(std::int64_t number) {
   return {Piece::Kind::NUMBER, 0, nullptr, nullptr, number};
 }
-Piece string_piece(const char *bytes, std::size_t length) {
-  return {Piece::Kind::STRING, 0, nullptr, bytes, static_cast<std::int64_t>(length)};
-}
 
 // Queues pieces in front of all that is pending.
 void write_next(std::initializer_list<Piece> pieces) {
@@ -83,6 +80,7 @@ void write_next(std::initializer_list<Piece> pieces) {
 
 void append(std::string_view text) {
   const std::size_t room = infix.text.size() - reserve_behind_text - infix.length;
+  if (text.size() > room) infix.cut = true;
   infix.length += text.copy(infix.text.data() + infix.length, room);
 }
 
@@ -571,34 +569,51 @@ void write_piece(const Piece &piece) {
   case Piece::Kind::NEGATED: print_negated(piece.tree); break;
   case Piece::Kind::CAST: append(type_text(static_cast<TypeWord>(piece.number))); break;
   case Piece::Kind::NUMBER: append_number(piece.number); break;
-  case Piece::Kind::STRING:
-    append_string(piece.text, static_cast<std::size_t>(piece.number));
-    break;
   }
 }
 
 } // namespace
 
-const char *tree2infix(const NODE *tree) {
-  if (infix.in_use) return "+*+*+ tree2infix called recursively +*+*+";
+InfixTextClaim::InfixTextClaim() : granted(!infix.in_use) {
   infix.in_use = true;
+}
+
+InfixTextClaim::~InfixTextClaim() {
+  if (granted) infix.in_use = false;
+}
+
+const char *tree2infix(const NODE *tree) {
+  const InfixTextClaim claim;
+  if (!claim.granted) return "+*+*+ tree2infix called recursively +*+*+";
   infix.length = 0;
+  infix.cut = false;
   infix.pending.clear();
   if (tree && tree->op == COMMA_OP) append("PARALLEL ASSIGNMENTS: ");
   write_next({tree_piece(tree, 0)});
-  while (!infix.pending.empty()) {
-    if (infix.length > infix_limit) {
-      append("...");
-      break;
-    }
+  while (!infix.pending.empty() && infix.length <= infix_limit) {
     const Piece piece = infix.pending.back();
     infix.pending.pop_back();
     write_piece(piece);
   }
-  append(";");
+  const bool complete = infix.pending.empty() && !infix.cut;
+  const std::string_view end = complete ? ";" : "...;";
+  infix.length += end.copy(infix.text.data() + infix.length, end.size());
   infix.text[infix.length] = '\0';
-  infix.in_use = false;
   return infix.text.data();
+}
+
+char *tree2infix_line(const NODE *tree, int line, std::span<char> buffer) {
+  const char *text = tree2infix(tree);
+  std::snprintf(buffer.data(), buffer.size(), "%s %d\t-----------------------    %s",
+                line > 999 ? "**" : "***", line, text);
+  if (line == 0) buffer[4] = ' ';
+  buffer[0] = ';'; // makes it a comment of the listing
+  return buffer.data();
+}
+
+char *label_comment(int index, std::span<char> buffer) {
+  std::snprintf(buffer.data(), buffer.size(), "%c**\t-----------------------g%d:", ';', index);
+  return buffer.data();
 }
 
 } // namespace velkor

@@ -17,8 +17,18 @@ inline constexpr std::size_t label_comment_size = 64;
 // text is being made (the simplifier may print trees of its own) yields a fixed complaint instead.
 [[nodiscard]] const char *tree2infix(const NODE *tree);
 
+// Holds the static text while it is being made; granted tells whether it was free.
+struct InfixTextClaim {
+  InfixTextClaim();
+  ~InfixTextClaim();
+  InfixTextClaim(const InfixTextClaim &) = delete;
+  InfixTextClaim &operator=(const InfixTextClaim &) = delete;
+  const bool granted;
+};
+
 // The same text as a comment of the listing, with the source line in front. Written to buffer
-// (infix_line_size bytes hold every text; a shorter one cuts it); returns the start of the text.
+// (infix_line_size bytes hold every text; a shorter one of 8 bytes or more cuts it); returns its
+// start.
 char *tree2infix_line(const NODE *tree, int line, std::span<char> buffer);
 
 // The comment that stands for a label in the listing. Written to buffer (label_comment_size bytes

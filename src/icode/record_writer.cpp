@@ -174,7 +174,7 @@ void write_source_file(std::string_view name) {
 void write_text(std::uint8_t record_byte, std::string_view text, int line, int line2) {
   if (state.skip_function) return;
   const auto length = static_cast<int>(text.size());
-  reserve(6 + text.size());
+  reserve((record_byte == RECORD_COMMENT ? 2 : 6) + text.size());
   put_u8(record_byte);
   if (record_byte == RECORD_COMMENT) {
     put_string(text);

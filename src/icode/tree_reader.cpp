@@ -11,6 +11,7 @@
 #include "icode/source_file.h"
 #include "simplify/constant_text.h"
 
+#include <array>
 #include <cstring>
 
 namespace velkor {
@@ -30,6 +31,51 @@ SYM *take_symbol() {
   return sym_find(level, index);
 }
 
+// What the reader has to do about an opcode besides reading its record.
+struct OpcodeTraits {
+  std::uint8_t fixed_bytes = 0; // of the record, from the opcode to the last field of fixed size
+  bool precedes_node = false;   // no node at all: filler, a source file record, DDNODE
+  bool needs_look = false;      // a shape to check, a rewrite, or an opcode that may not be here
+  bool refers_to_label = false; // may have a LABELREF as operand
+  bool lists_cases = false;     // a case of a SWITCH, or a list that may hold some
+};
+
+constexpr std::size_t fixed_field_bytes(RecordFields fields) {
+  switch (fields) {
+  case RecordFields::NO_TYPE:
+  case RecordFields::NONE:
+  case RecordFields::TEXT: return 0;
+  case RecordFields::VALUE:
+  case RecordFields::SIZE:
+  case RecordFields::SYMBOL: return 4;
+  case RecordFields::QUAL_SYMBOL:
+  case RecordFields::QUAL_SIZE:
+  case RecordFields::SYMBOL_QUAL: return 5;
+  case RecordFields::BYTES: return 2;
+  case RecordFields::SWITCH_SUMMARY: return 6;
+  case RecordFields::QUAL: return 1;
+  }
+  return 0;
+}
+
+constexpr std::array<OpcodeTraits, 256> opcode_traits = [] {
+  std::array<OpcodeTraits, 256> traits{};
+  for (std::size_t op = 0; op < traits.size(); ++op)
+    traits[op].fixed_bytes =
+        static_cast<std::uint8_t>(3 + fixed_field_bytes(opcode_table[op].fields));
+  for (const int op : {int{RECORD_FILLER}, int{RECORD_SOURCE_FILE}, int{DDNODE}})
+    traits[static_cast<std::size_t>(op)].precedes_node = true;
+  for (const Opcode op :
+       {MEMBER, ARROW, CONDITIONAL, BRANCH, DEFAULT, CBRANCH, CASE,    SWITCH, CALL,    STCALL,
+        XCALL,  UCALL, USTCALL,     UXCALL, ADDRESS, LOOP,    ENDLOOP, PMCONV, NASSERT, ASSERT})
+    traits[op].needs_look = true;
+  for (const Opcode op : {BRANCH, DEFAULT, CBRANCH, CASE, ENDLOOP})
+    traits[op].refers_to_label = true;
+  for (const Opcode op : {COMMA, CASE, DEFAULT})
+    traits[op].lists_cases = true;
+  return traits;
+}();
+
 // A local name that lives at file level by now is found among the function's statics.
 SYM *redirect_static(SYM *sym) {
   if (sym->level > 0 && state.cur_fun)
@@ -46,7 +92,6 @@ void set_symbol(NODE *node, SYM *sym) {
 }
 
 void read_name_fields(NODE *node) {
-  need(5);
   input.cursor += 1; // the qualifier byte: the symbol knows better
   SYM *sym = take_symbol();
   if (!sym) bad_input("a name without a symbol");
@@ -56,7 +101,6 @@ void read_name_fields(NODE *node) {
 }
 
 void read_bytes(NODE *node) {
-  need(2);
   const int length = take_s16();
   if (length < 0) bad_input("a string constant of %d bytes", length);
   need(static_cast<std::size_t>(length));
@@ -92,12 +136,12 @@ void read_text(NODE *node) {
   }
 }
 
+// The fields behind the type word; those of fixed size are known to be in the block.
 void read_fields(NODE *node) {
   switch (opcode_table[node->op].fields) {
   case RecordFields::NONE:
   case RecordFields::NO_TYPE: break;
   case RecordFields::VALUE:
-    need(4);
     node->u.lval = take_s32();
     if (node->op == ICON) node->u.lval = constant_of_type(node->u.lval, node->type);
     break;
@@ -105,32 +149,22 @@ void read_fields(NODE *node) {
   case RecordFields::BYTES: read_bytes(node); break;
   case RecordFields::TEXT: read_text(node); break;
   case RecordFields::QUAL_SIZE:
-    need(5);
     node->qual = value_qualifiers(take_u8(), node->type);
     node->depnum = take_s32();
     break;
   case RecordFields::SWITCH_SUMMARY:
-    need(6);
     node->depnum = take_s16();
     node->u.lval = take_s32();
     break;
   case RecordFields::QUAL:
-    need(1);
     node->qual = node->op == CALL ? take_u8() : value_qualifiers(take_u8(), node->type);
     break;
-  case RecordFields::SYMBOL:
-    need(4);
-    set_symbol(node, take_symbol());
-    break;
+  case RecordFields::SYMBOL: set_symbol(node, take_symbol()); break;
   case RecordFields::SYMBOL_QUAL:
-    need(5);
     set_symbol(node, take_symbol());
     node->qual = take_u8();
     break;
-  case RecordFields::SIZE:
-    need(4);
-    node->depnum = take_s32();
-    break;
+  case RecordFields::SIZE: node->depnum = take_s32(); break;
   }
 }
 
@@ -268,25 +302,31 @@ bool may_stand_in_file(std::uint8_t op) {
   case INITLOOP:
   case LIVEINFO:
   case ILLOP: // marks freed nodes
+  case CSE_DUPE:
+  case CSE_ORIG:
   case RECORD_END_OF_FILE: return false;
   default: return true;
   }
 }
 
-// Steps over what may stand ahead of a node record: filler, source file records, DDNODE records.
+// Steps over a record that yields no node; its first byte has been taken.
+void skip_to_node(std::uint8_t op) {
+  switch (op) {
+  case RECORD_FILLER: read_block(); break;
+  case RECORD_SOURCE_FILE: read_source_file(false); break;
+  default: // DDNODE
+    need(ddnode_field_bytes);
+    input.cursor += ddnode_field_bytes;
+  }
+}
+
 std::uint8_t take_opcode() {
   for (;;) {
     need(1);
     const std::uint8_t op = take_u8();
-    switch (op) {
-    case RECORD_FILLER: read_block(); continue;
-    case RECORD_SOURCE_FILE: read_source_file(false); continue;
-    case DDNODE:
-      need(ddnode_field_bytes);
-      input.cursor += ddnode_field_bytes;
-      continue;
-    default: return op;
-    }
+    if (!opcode_traits[op].precedes_node) [[likely]]
+      return op;
+    skip_to_node(op);
   }
 }
 
@@ -303,9 +343,24 @@ NODE *new_node(std::uint8_t op, TypeWord type) {
   return node;
 }
 
-NODE *read_operand(int depth) {
+bool has_case(const NODE *list) {
+  for (; list->op == COMMA; list = list->left)
+    if (has_case(list->right)) return true;
+  return list->op == CASE || list->op == DEFAULT;
+}
+
+// Labels are looked up under transfers of control only, so none may stand elsewhere.
+[[noreturn]] void bad_label_place() {
+  bad_input("a label inside an expression");
+}
+
+NODE *read_operand(const NODE *parent, int depth) {
   NODE *node = read_node(depth + 1);
   if (op_effect(node->op) == TRANSFERS) bad_input("a transfer of control inside an expression");
+  if (node->op == LABELREF && !opcode_traits[parent->op].refers_to_label) bad_label_place();
+  if (opcode_traits[node->op].lists_cases && parent->op != COMMA && parent->op != SWITCH &&
+      has_case(node))
+    bad_label_place();
   return node;
 }
 
@@ -314,14 +369,17 @@ NODE *read_node(int depth) {
   const std::uint8_t op = take_opcode();
   if (op == ENDINIT && depth == 0) return new_node(ENDINIT, VOID);
   if (!may_stand_in_file(op)) bad_input("opcode %d where a tree is expected", op);
-  need(2);
+  const OpcodeTraits traits = opcode_traits[op];
+  need(traits.fixed_bytes - 1u);
   TypeWord type = take_u16();
   if (op == SCONV && type == ENUM) type = INT;
   NODE *node = new_node(op, type);
   const int arity = op_arity(op);
   read_fields(node);
-  if (arity > 0) node->left = read_operand(depth);
-  if (arity > 1) node->right = read_operand(depth);
+  if (arity > 0) node->left = read_operand(node, depth);
+  if (arity > 1) node->right = read_operand(node, depth);
+  if (!traits.needs_look) [[likely]]
+    return node;
   if (const char *fault = shape_fault(node)) bad_input("%s", fault);
   return rewrite(node);
 }
@@ -329,7 +387,9 @@ NODE *read_node(int depth) {
 } // namespace
 
 NODE *read_tree() {
-  return read_node(0);
+  NODE *tree = read_node(0);
+  if (tree->op == LABELREF || has_case(tree)) bad_label_place();
+  return tree;
 }
 
 } // namespace velkor

@@ -33,77 +33,71 @@ SymbolPlace place_of(const SYM *sym) {
   return sym ? SymbolPlace{sym->level, sym->index} : SymbolPlace{};
 }
 
-void put_symbol_place(const SYM *sym) {
+unsigned char *store_symbol_place(unsigned char *at, const SYM *sym) {
   const SymbolPlace place = place_of(sym);
-  put_s16(place.level);
-  put_s16(place.index);
+  at = store_u16(at, static_cast<unsigned>(place.level));
+  return store_u16(at, static_cast<unsigned>(place.index));
 }
 
-// Reserves the node's record with so many bytes of fields and writes what every record begins with.
-void begin_record(const NODE *node, std::size_t field_bytes) {
-  reserve(node_header_bytes + field_bytes);
-  put_u8(node->op);
-  put_u16(node->type);
+unsigned char *store_value(unsigned char *at, std::int32_t value) {
+  return store_u32(at, static_cast<std::uint32_t>(value));
 }
 
-void put_text_record(const NODE *node) {
+// Makes room for the node's record and writes what every record begins with.
+unsigned char *begin_node(const NODE *node, std::size_t field_bytes) {
+  unsigned char *at = begin_record(node_header_bytes + field_bytes);
+  at = store_u8(at, node->op);
+  return store_u16(at, node->type);
+}
+
+unsigned char *store_text_record(const NODE *node) {
   const char *text = node->op == FCON ? node->aux.text : node->u.name;
-  const std::size_t length = std::strlen(text);
-  begin_record(node, length + 1);
-  put_string({text, length});
+  const std::size_t bytes = std::strlen(text) + 1;
+  return store_bytes(begin_node(node, bytes), text, bytes);
 }
 
-void put_value_record(const NODE *node) {
-  begin_record(node, 4);
-  put_s32(node->op == LABELREF ? label_index(node) : node->u.lval);
+unsigned char *store_bytes_record(const NODE *node) {
+  const auto length = static_cast<std::size_t>(node->u.lval);
+  unsigned char *at = store_u16(begin_node(node, 2 + length), static_cast<unsigned>(length));
+  return store_bytes(at, node->aux.text, length);
 }
 
-void put_record(const NODE *node) {
+unsigned node_qualifier(const NODE *node) {
+  return node->op == CALL ? node->qual : file_qualifier(node->type, node->qual);
+}
+
+// Writes the node's record; returns where it ends.
+unsigned char *store_record(const NODE *node) {
+  unsigned char *at = nullptr;
   switch (opcode_table[node->op].fields) {
-  case RecordFields::NO_TYPE: return;
-  case RecordFields::NONE: begin_record(node, 0); return;
-  case RecordFields::VALUE: put_value_record(node); return;
+  case RecordFields::NO_TYPE: return output.cursor;
+  case RecordFields::NONE: return begin_node(node, 0);
+  case RecordFields::VALUE:
+    at = begin_node(node, 4);
+    return store_value(at, node->op == LABELREF ? label_index(node) : node->u.lval);
   case RecordFields::QUAL_SYMBOL:
-    begin_record(node, 5);
-    put_u8(file_qualifier(node->u.sym->stype, node->u.sym->squal));
-    put_symbol_place(node->u.sym);
-    return;
-  case RecordFields::BYTES: {
-    const auto length = static_cast<std::size_t>(node->u.lval);
-    begin_record(node, 2 + length);
-    put_s16(node->u.lval);
-    put_bytes(node->aux.text, length);
-    return;
-  }
-  case RecordFields::TEXT: put_text_record(node); return;
+    at = begin_node(node, 5);
+    at = store_u8(at, file_qualifier(node->u.sym->stype, node->u.sym->squal));
+    return store_symbol_place(at, node->u.sym);
+  case RecordFields::BYTES: return store_bytes_record(node);
+  case RecordFields::TEXT: return store_text_record(node);
   case RecordFields::QUAL_SIZE:
-    begin_record(node, 5);
-    put_u8(file_qualifier(node->type, node->qual));
-    put_s32(node->depnum);
-    return;
+    at = begin_node(node, 5);
+    at = store_u8(at, file_qualifier(node->type, node->qual));
+    return store_value(at, node->depnum);
   case RecordFields::SWITCH_SUMMARY:
-    begin_record(node, 6);
-    put_s16(node->depnum);
-    put_s32(node->u.lval);
-    return;
-  case RecordFields::QUAL:
-    begin_record(node, 1);
-    put_u8(node->op == CALL ? node->qual : file_qualifier(node->type, node->qual));
-    return;
-  case RecordFields::SYMBOL:
-    begin_record(node, 4);
-    put_symbol_place(node->u.sym);
-    return;
+    at = begin_node(node, 6);
+    at = store_u16(at, static_cast<unsigned>(node->depnum));
+    return store_value(at, node->u.lval);
+  case RecordFields::QUAL: at = begin_node(node, 1); return store_u8(at, node_qualifier(node));
+  case RecordFields::SYMBOL: return store_symbol_place(begin_node(node, 4), node->u.sym);
   case RecordFields::SYMBOL_QUAL:
-    begin_record(node, 5);
-    put_symbol_place(node->u.sym);
-    put_u8(node->qual);
-    return;
-  case RecordFields::SIZE:
-    begin_record(node, 4);
-    put_s32(node->depnum);
-    return;
+    at = begin_node(node, 5);
+    at = store_symbol_place(at, node->u.sym);
+    return store_u8(at, node->qual);
+  case RecordFields::SIZE: return store_value(begin_node(node, 4), node->depnum);
   }
+  return output.cursor;
 }
 
 // Prints the fields of a node's debug image; returns the tab column that the text ends in.
@@ -154,9 +148,7 @@ int show_fields(const NODE *node) {
     show_value(node->depnum);
     show_value(node->u.lval);
     break;
-  case RecordFields::QUAL:
-    show_qualifier(node->op == CALL ? node->qual : file_qualifier(node->type, node->qual));
-    break;
+  case RecordFields::QUAL: show_qualifier(node_qualifier(node)); break;
   case RecordFields::SYMBOL: show_place(node->u.sym); break;
   case RecordFields::SYMBOL_QUAL:
     show_place(node->u.sym);
@@ -213,7 +205,7 @@ void wrtree(NODE *tree) {
       internal_failure();
     }
     if (is_call(tree->op)) note_call(tree);
-    put_record(tree);
+    output.cursor = store_record(tree);
     if (state.debug_on) show_node(tree);
     if (tree->left) wrtree(tree->left);
   }

@@ -87,16 +87,20 @@ def sanitize_program(source):
             complaint = pipeline.sanitized_complaint(source, scratch.path, pipeline.ADDRESS_FLAGS)
             if complaint:
                 lines.append(f"FAIL {name_of(source)} [sanitizers] {complaint}")
-            # Another compiler level and evaluation order must not change what the program prints.
+            # Neither the level nor another compiler, which evaluates arguments in the opposite
+            # order, may change what the program prints.
             plain = pipeline.oracle(source, scratch.path)
-            program = scratch.path / "optimized"
-            flags = [flag for flag in pipeline.ORACLE_FLAGS if flag != "-O0"] + ["-O2"]
-            pipeline.must_succeed(pipeline.native_command(source, program, flags),
-                                  pipeline.COMPILE_SECONDS)
-            status, output, _ = pipeline.run_step([program], pipeline.RUN_SECONDS)
-            difference = pipeline.Outcome(status, output).differs_from(plain)
-            if difference:
-                lines.append(f"FAIL {name_of(source)} [gcc -O2] {difference}")
+            for compiler, level in (("gcc", "-O2"), ("clang-14", "-O0"), ("clang-14", "-O1")):
+                if not shutil.which(compiler):
+                    continue
+                flags = [flag for flag in pipeline.ORACLE_FLAGS if flag != "-O0"] + [level]
+                program = scratch.path / "other"
+                command = pipeline.native_command(source, program, flags)
+                pipeline.must_succeed([compiler, *command[1:]], pipeline.COMPILE_SECONDS)
+                status, output, _ = pipeline.run_step([program], pipeline.RUN_SECONDS)
+                difference = pipeline.Outcome(status, output).differs_from(plain)
+                if difference:
+                    lines.append(f"FAIL {name_of(source)} [{compiler} {level}] {difference}")
         except pipeline.StepFailure as failure:
             lines.append(f"FAIL {name_of(source)} [native] {failure}")
         return lines

@@ -5,11 +5,16 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "core/opcodes.h"
+#include "core/types.h"
 #include "driver/driver.h"
+#include "file/icode_file.h"
 #include "icode/format.h"
 #include "malformed/optimizer_run.h"
+#include "text/text.h"
 
 namespace velkor::test {
 namespace {
@@ -117,8 +122,7 @@ std::vector<Case> function_cases() {
   for (int i = 0; i < max_tree_depth - 1; ++i) {
     deep += "negate(";
   }
-  // One level more than text can say: a NEGATE ahead of the tree.
-  std::string too_deep =
+  const std::string cut =
       in_function(deep + "_x" + std::string(max_tree_depth - 1, ')')).substr(0, block_size);
   return {
       {"unknown symbol", in_function("1: assign(@0.77:int, 1)"),
@@ -131,9 +135,8 @@ std::vector<Case> function_cases() {
       {"label never defined", in_function("1: branch(L7)"), "7"},
       {"label zero", in_function("L0:"), "a label with number 0"},
       {"negative string",
-       in_function("1: _x").substr(0, 0) +
-           open_ended("symbol _f extern int()\nbegin_function 1\n"
-                      "end_parameters 1\n") +
+       open_ended("symbol _f extern int()\nbegin_function 1\n"
+                  "end_parameters 1\n") +
            ".\1\0\1\0\3\x12\0\xFF\xFF"s + end_mark,
        "a string constant of -1 bytes"},
       {"opcode of the optimizer", in_function("1: asm"), "opcode 153 where a tree is expected"},
@@ -143,9 +146,13 @@ std::vector<Case> function_cases() {
       {"switch without cases", in_function("1: switch(_x, 5)"), "a SWITCH without a list of cases"},
       {"member that is no name", in_function("1: member(_s, 5)"),
        "a member access without a member"},
+      {"label as a statement", in_function("L1:\n1: L1"), "a label inside an expression"},
+      {"case as a statement", in_function("L1:\n1: case(1, L1)"), "a label inside an expression"},
+      {"cases outside a switch", in_function("L1:\n1: add(_x, comma(5, default(L1)))"),
+       "a label inside an expression"},
       {"branch inside an expression", in_function("1: add(_x, branch(L1))\nL1:"),
        "a transfer of control inside an expression"},
-      {"tree cut by the end of the file", too_deep, "the file ends without an end mark"},
+      {"tree cut by the end of the file", cut, "the file ends without an end mark"},
   };
 }
 
@@ -171,33 +178,52 @@ TEST(MalformedFiles, Functions) {
   expect_refused(function_cases());
 }
 
+enum class Lean { ONLY, LEFT, RIGHT };
+
+// A function with one statement, a tree of that many levels.
+std::string deep_tree_file(std::uint8_t op, Lean lean, int levels) {
+  file::IcodeFile file;
+  EXPECT_EQ(text::parse_text("symbol _x extern int\nsymbol _f extern int()\nbegin_function 1\n"
+                             "end_parameters 1\nend_locals 1\nend_function 2\n",
+                             file),
+            "");
+  file::Node leaf;
+  leaf.op = NAME;
+  leaf.type = INT;
+  file::NodeIndex root = file.add(leaf);
+  for (int level = 1; level < levels; ++level) {
+    file::Node node;
+    node.op = op;
+    node.type = INT;
+    node.left = lean == Lean::RIGHT ? file.add(leaf) : root;
+    if (lean != Lean::ONLY) node.right = lean == Lean::RIGHT ? root : file.add(leaf);
+    root = file.add(node);
+  }
+  file.records.insert(file.records.end() - 1, file::Statement{1, 1, root});
+  std::string error;
+  std::string bytes = file::encode(file, error);
+  EXPECT_EQ(error, "");
+  return bytes;
+}
+
 // The deepest tree that is told to pass does; one level more does not.
 TEST(MalformedFiles, TreeDepth) {
   RunFolder folder("malformed");
-  const std::string head = open_ended("symbol _x extern int\nsymbol _f extern int()\n"
-                                      "begin_function 1\nend_parameters 1\nend_locals 1\n");
-  for (const bool too_deep : {false, true}) {
-    std::string records = ".\1\0\1\0"s;
-    for (int i = too_deep ? 0 : 1; i < max_tree_depth; ++i) {
-      records += "\x4D\4\0"s;
-    }
-    records += "\2\4\0\0\0\0\0\0"s + "%\2\2\0"s;
-    std::string bytes = head;
-    // Nodes of three bytes: blocks are filled up by hand.
-    for (std::size_t at = 0; at < records.size();) {
-      const std::size_t length = at < 5 ? 5 : records[at] == '\x4D' ? 3 : records[at] == 2 ? 8 : 4;
-      const std::size_t room = block_size - bytes.size() % block_size;
-      if (length >= room) bytes.append(room, '\xFE');
-      bytes += records.substr(at, length);
-      at += length;
-    }
-    bytes += end_mark;
-    const OptimizerRun run = folder.run(bytes, {"-q"});
-    EXPECT_EQ(fault_of(run, bytes, {"-q"}), "");
-    EXPECT_EQ(run.status, too_deep ? 1 : 0) << run.printed;
-    if (too_deep) {
-      EXPECT_NE(run.printed.find("a tree of more than 50000 levels"), std::string::npos);
-    }
+  const std::vector<std::string> options = {"-q", "-s", "-#"};
+  for (const auto &[op, lean] :
+       {std::pair{COMPLEMENT, Lean::ONLY}, std::pair{ADD, Lean::LEFT}, std::pair{ADD, Lean::RIGHT},
+        std::pair{LOGICAL_AND, Lean::RIGHT}, std::pair{COMMA_OP, Lean::RIGHT},
+        std::pair{COMMA_OP, Lean::LEFT}}) {
+    SCOPED_TRACE(opcode_table[op].identifier);
+    std::string bytes = deep_tree_file(op, lean, max_tree_depth);
+    OptimizerRun run = folder.run(bytes, options);
+    EXPECT_EQ(run.status, 0) << run.printed;
+    EXPECT_EQ(fault_of(run, bytes, options), "");
+    bytes = deep_tree_file(op, lean, max_tree_depth + 1);
+    run = folder.run(bytes, options);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(fault_of(run, bytes, options), "");
+    EXPECT_NE(run.printed.find("a tree of more than 50000 levels"), std::string::npos);
   }
 }
 

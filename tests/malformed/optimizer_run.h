@@ -9,6 +9,7 @@ namespace velkor::test {
 
 struct OptimizerRun {
   int status = -1;
+  bool internal = false;             // the optimizer reported a fault of its own
   std::string printed;               // on standard output
   bool input_left = false;           // the input file is still there, unchanged
   std::optional<std::string> output; // bytes of the output file, if there is one

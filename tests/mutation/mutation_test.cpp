@@ -1,5 +1,7 @@
 // Runs the optimizer on damaged icode files, in process, and demands a normal end of each run.
 //
+// The files themselves come first: each must pass with all options, and survive the text form.
+//
 //   mutation_test [--count N] [--seed S] [--first I] [--keep FOLDER] FILE...
 //
 // FILE: .if files, or .ic files in text form. Input number I depends on S, I and the files alone.
@@ -19,8 +21,10 @@
 #include <vector>
 
 #include "driver/driver.h"
+#include "file/icode_file.h"
 #include "malformed/optimizer_run.h"
 #include "mutation/mutate.h"
+#include "text/text.h"
 
 namespace velkor::test {
 namespace {
@@ -81,7 +85,21 @@ Input make_input(const Settings &settings, std::uint32_t number) {
   return input;
 }
 
-std::string check(RunFolder &folder, const Input &input, bool twice, Progress &progress) {
+// What the programs write must come back from the text form byte for byte.
+std::string text_fault(const std::string &bytes) {
+  file::IcodeFile file;
+  std::string error = file::decode(bytes, file);
+  if (!error.empty()) return "does not decode: " + error;
+  file::IcodeFile parsed;
+  error = text::parse_text(text::to_text(file), parsed);
+  if (!error.empty()) return "the text form does not parse: " + error;
+  if (file::encode(parsed, error) != bytes) return "the text form gives other bytes " + error;
+  return {};
+}
+
+// Checks one run; the thorough way also runs a second time, and takes the output through the text
+// form.
+std::string check(RunFolder &folder, const Input &input, bool thorough, Progress &progress) {
   const OptimizerRun run = folder.run(input.bytes, input.options);
   std::string fault = fault_of(run, input.bytes, input.options);
   ++(run.status == 0 ? progress.accepted : progress.refused);
@@ -89,11 +107,33 @@ std::string check(RunFolder &folder, const Input &input, bool twice, Progress &p
     const std::size_t tail = run.printed.size() > 200 ? run.printed.size() - 200 : 0;
     return fault + "\n" + run.printed.substr(tail);
   }
-  if (!twice) return {};
+  if (!thorough) return {};
   const OptimizerRun again = folder.run(input.bytes, input.options);
   if (again.output != run.output) return "two runs give different outputs";
   if (again.printed != run.printed) return "two runs print different texts";
-  return {};
+  return run.output ? text_fault(*run.output) : std::string();
+}
+
+// The files as they are.
+bool files_pass(const Settings &settings, const std::vector<std::string> &paths) {
+  RunFolder folder("unmutated");
+  bool passed = true;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    std::string fault = text_fault(settings.files[i]);
+    for (const char *level : {"-o0", "-o1", "-o2", "-o3"}) {
+      for (const char *more : {"-q", "-s", "-#", "-s##"}) {
+        Progress progress;
+        if (!fault.empty()) break;
+        fault = check(folder, {settings.files[i], {level, more}}, true, progress);
+        if (fault.empty() && progress.refused != 0) fault = "refused";
+        if (!fault.empty()) fault = std::string(level) + ' ' + more + ": " + fault;
+      }
+    }
+    if (fault.empty()) continue;
+    std::printf("FAULT %s: %s\n", paths[i].c_str(), fault.c_str());
+    passed = false;
+  }
+  return passed;
 }
 
 // Runs inputs until the end or a fault; never returns.
@@ -201,5 +241,6 @@ int main(int argc, char **argv) {
     return 2;
   }
   settings.files = velkor::test::read_files(paths);
+  if (!velkor::test::files_pass(settings, paths)) return 1;
   return velkor::test::run_all(settings);
 }

@@ -74,7 +74,7 @@ struct Assembly {
 // Gives a record of file level the next position. Its tag must have its own by now, or is named.
 void add_file_symbol(Assembly &state, file::Symbol symbol, int &index, SourceLocation where) {
   if (state.next_index >= max_file_symbols) {
-    report_error(state.unit, where,
+    report_limit(state.unit, where,
                  "more than " + std::to_string(max_file_symbols) + " symbols of file level");
     return;
   }
@@ -84,7 +84,7 @@ void add_file_symbol(Assembly &state, file::Symbol symbol, int &index, SourceLoc
     symbol.tag_level = tag_index < 0 ? std::int16_t{-1} : std::int16_t{0};
     symbol.tag_index = static_cast<std::int16_t>(tag_index);
   }
-  state.unit.file.records.push_back(std::move(symbol));
+  state.unit.file.records.emplace_back(std::move(symbol));
 }
 
 // Whether a tag that is being put out lies in this one by value.
@@ -210,8 +210,9 @@ void resolve_tree(Assembly &state, NodeIndex root, int place, SourceLocation whe
     }
   });
   if (depth > max_tree_depth) {
-    report_error(state.unit, where,
-                 "an expression nests deeper than " + std::to_string(max_tree_depth) + " operators");
+    report_limit(state.unit, where,
+                 "an expression nests deeper than " + std::to_string(max_tree_depth) +
+                     " operators");
   }
 }
 
@@ -235,7 +236,7 @@ void add_local_symbol(Assembly &state, file::Symbol symbol, int place, SourceLoc
     symbol.tag_level = tag_index < 0 ? std::int16_t{-1} : std::int16_t{0};
     symbol.tag_index = static_cast<std::int16_t>(tag_index);
   }
-  state.unit.file.records.push_back(std::move(symbol));
+  state.unit.file.records.emplace_back(std::move(symbol));
 }
 
 void add_function(Assembly &state, int place) {
@@ -248,7 +249,7 @@ void add_function(Assembly &state, int place) {
   add_file_symbol(state, std::move(symbol), slot.index, where);
   std::vector<file::Record> &records = unit.file.records;
   const auto marker = [&](MarkerKind kind, int line) {
-    records.push_back(file::Marker{kind, static_cast<std::int16_t>(line)});
+    records.emplace_back(file::Marker{kind, static_cast<std::int16_t>(line)});
   };
   marker(MARKER_BF, function.first_line);
   for (file::Symbol &parameter : function.parameters) {
@@ -267,7 +268,7 @@ void add_function(Assembly &state, int place) {
     if (const auto *statement = std::get_if<file::Statement>(&record)) {
       resolve_tree(state, statement->tree, place, where);
     }
-    records.push_back(std::move(record));
+    records.emplace_back(std::move(record));
   }
   marker(MARKER_EF, function.last_line);
 }
@@ -278,12 +279,11 @@ void assemble(Unit &unit, const std::string &source_name) {
   Assembly state{unit, 0, {}, {}, {}};
   state.visits.resize(unit.slots.size(), Visit::NEW);
   state.needs_declaration.resize(unit.slots.size(), false);
-  unit.file.records.push_back(file::SourceFile{source_name.substr(0, max_text_bytes)});
+  unit.file.records.emplace_back(file::SourceFile{source_name.substr(0, max_text_bytes)});
   for (int slot = 0; slot < static_cast<int>(unit.slots.size()); ++slot) {
     if (unit.slots[slot].kind == SlotKind::TAG) {
       add_tag(state, slot);
-    } else if (unit.slots[slot].kind == SlotKind::VARIABLE &&
-               state.visits[slot] == Visit::NEW) {
+    } else if (unit.slots[slot].kind == SlotKind::VARIABLE && state.visits[slot] == Visit::NEW) {
       order_variable(state, slot);
     }
   }

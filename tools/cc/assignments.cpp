@@ -53,15 +53,15 @@ NodeIndex expanded_assignment(Unit &unit, const clang::CompoundAssignOperator *a
   const RepeatedPlace target = repeat_place(unit, assignment->getLHS());
   const std::uint16_t left_type = node_type(unit, assignment->getComputationLHSType(), where);
   const std::uint16_t result_type = node_type(unit, assignment->getComputationResultType(), where);
-  const NodeIndex old = convert_arithmetic(
-      unit, load(unit, repeated_place(unit, target, where), where), left_type);
+  const NodeIndex old =
+      convert_arithmetic(unit, load(unit, repeated_place(unit, target, where), where), left_type);
   NodeIndex operand = value_of(unit, assignment->getRHS());
   if (assignment->isShiftAssignOp()) {
     operand = convert_arithmetic(unit, operand, INT);
   }
   const Opcode op = arithmetic_opcode(assignment->getOpcode());
-  const NodeIndex result = converted_result(
-      unit, make_binary(unit, op, result_type, old, operand), assignment->getType(), where);
+  const NodeIndex result = converted_result(unit, make_binary(unit, op, result_type, old, operand),
+                                            assignment->getType(), where);
   const NodeIndex stored = store(unit, repeated_place(unit, target, where), result, where);
   return make_sequence(unit, target.setup, stored);
 }
@@ -77,8 +77,8 @@ NodeIndex bool_step(Unit &unit, const clang::UnaryOperator *step) {
     old = make_temporary(unit, type, where);
     const NodeIndex value = load(unit, repeated_place(unit, target, where), where);
     const QualType plain = type.getUnqualifiedType();
-    sequence = make_sequence(unit, sequence,
-                             store(unit, place_of_symbol(unit, old, plain), value, where));
+    sequence =
+        make_sequence(unit, sequence, store(unit, place_of_symbol(unit, old, plain), value, where));
   }
   NodeIndex result = no_node;
   if (step->isIncrementOp()) {

@@ -73,9 +73,8 @@ NodeIndex assertion(Unit &unit, const clang::CallExpr *call) {
   std::string bytes = text->getString().substr(0, max_literal_bytes - 1).str();
   bytes.push_back('\0');
   const NodeIndex condition = value_of(unit, call->getArg(0));
-  return make_unary(
-      unit, ASSERT, INT,
-      make_binary(unit, COMMA, INT, condition, make_text(unit, std::move(bytes))));
+  return make_unary(unit, ASSERT, INT,
+                    make_binary(unit, COMMA, INT, condition, make_text(unit, std::move(bytes))));
 }
 
 // The type word of va_list.
@@ -93,12 +92,10 @@ NodeIndex va_start_value(Unit &unit, const clang::CallExpr *call) {
   const SymbolReference symbol{1, index, last.stype, last.squal};
   const std::int32_t bytes = argument_bytes(last.size);
   const Place target = place_of(unit, call->getArg(0)->IgnoreParenImpCasts());
-  const NodeIndex address =
-      convert_pointer(unit,
-                      make_unary(unit, ARGREF, pointer_to(symbol.stype), make_name(unit, symbol)),
-                      argument_pointer);
-  const NodeIndex first =
-      make_pointer_step(unit, ADD, address, make_integer(unit, INT, bytes), 8);
+  const NodeIndex address = convert_pointer(
+      unit, make_unary(unit, ARGREF, pointer_to(symbol.stype), make_name(unit, symbol)),
+      argument_pointer);
+  const NodeIndex first = make_pointer_step(unit, ADD, address, make_integer(unit, INT, bytes), 8);
   return store(unit, target, first, where);
 }
 
@@ -110,7 +107,12 @@ NodeIndex va_copy_value(Unit &unit, const clang::CallExpr *call) {
 }
 
 NodeIndex assumption(Unit &unit, const clang::CallExpr *call) {
-  return make_unary(unit, NASSERT, INT, value_of(unit, call->getArg(0)));
+  const Expr *condition = call->getArg(0)->IgnoreParens();
+  const auto *cast = llvm::dyn_cast<clang::ImplicitCastExpr>(condition);
+  if (cast != nullptr && cast->getType()->isBooleanType()) {
+    condition = cast->getSubExpr();
+  }
+  return make_unary(unit, NASSERT, INT, value_of(unit, condition));
 }
 
 // The tree of a call of one of clang's own functions, or no_node when function is none of them
@@ -130,9 +132,8 @@ NodeIndex builtin_value(Unit &unit, const clang::CallExpr *call,
   case clang::Builtin::BI__builtin_expect: {
     const NodeIndex value = value_of(unit, call->getArg(0));
     const NodeIndex expected = value_of(unit, call->getArg(1));
-    return call->getArg(1)->HasSideEffects(unit.context)
-               ? make_sequence(unit, expected, value)
-               : value;
+    return call->getArg(1)->HasSideEffects(unit.context) ? make_sequence(unit, expected, value)
+                                                         : value;
   }
   default: break;
   }
@@ -179,9 +180,8 @@ NodeIndex va_arg_value(Unit &unit, const clang::VAArgExpr *expression) {
   const QualType type = expression->getType();
   const std::int32_t bytes = argument_bytes(size_in_bits(unit, type, where));
   const Expr *list = expression->getSubExpr()->IgnoreParenImpCasts();
-  const NodeIndex next =
-      make_binary(unit, ASG_ADD, argument_pointer, place_of(unit, list).node,
-                  make_integer(unit, INT, bytes));
+  const NodeIndex next = make_binary(unit, ASG_ADD, argument_pointer, place_of(unit, list).node,
+                                     make_integer(unit, INT, bytes));
   const NodeIndex address =
       make_pointer_step(unit, SUBTRACT, next, make_integer(unit, INT, bytes), 8);
   const TypeWord pointer = pointer_to(type_word(unit, type, where));

@@ -19,18 +19,29 @@
 
 namespace velkor::cc {
 
-void report_error(Unit &unit, SourceLocation where, const std::string &message) {
-  if (!unit.reported.emplace(where.getRawEncoding(), message).second) {
-    return;
+namespace {
+
+// Reports message at where unless it has been reported under this key.
+void report_once(Unit &unit, unsigned key, SourceLocation where, const std::string &message) {
+  if (unit.reported.emplace(key, message).second) {
+    const unsigned id = unit.diagnostics.getCustomDiagID(clang::DiagnosticsEngine::Error, "%0");
+    unit.diagnostics.Report(where, id) << message;
   }
-  const unsigned id = unit.diagnostics.getCustomDiagID(clang::DiagnosticsEngine::Error, "%0");
-  unit.diagnostics.Report(where, id) << message;
+}
+
+} // namespace
+
+void report_error(Unit &unit, SourceLocation where, const std::string &message) {
+  report_once(unit, where.getRawEncoding(), where, message);
+}
+
+void report_limit(Unit &unit, SourceLocation where, const std::string &message) {
+  report_once(unit, 0, where, message);
 }
 
 int line_of(const Unit &unit, SourceLocation where) {
   const clang::SourceManager &sources = unit.context.getSourceManager();
-  return static_cast<int>(
-      std::min<unsigned>(sources.getExpansionLineNumber(where), max_line));
+  return static_cast<int>(std::min<unsigned>(sources.getExpansionLineNumber(where), max_line));
 }
 
 namespace {
@@ -91,7 +102,8 @@ void translate_file(Unit &unit) {
         translate_function(unit, function);
       }
     } else if (llvm::isa<clang::FileScopeAsmDecl>(decl)) {
-      report_error(unit, decl->getLocation(), "asm outside functions cannot be expressed by the target");
+      report_error(unit, decl->getLocation(),
+                   "asm outside functions cannot be expressed by the target");
     }
   }
 }
@@ -175,15 +187,13 @@ int compile(const CompileOptions &options) {
     headers->addFile(std::string(header_directory) + "/" + header.name, 0,
                      llvm::MemoryBuffer::getMemBuffer(header.text));
   }
-  auto files = llvm::makeIntrusiveRefCnt<llvm::vfs::OverlayFileSystem>(
-      llvm::vfs::getRealFileSystem());
+  auto files =
+      llvm::makeIntrusiveRefCnt<llvm::vfs::OverlayFileSystem>(llvm::vfs::getRealFileSystem());
   files->pushOverlay(headers);
-  auto manager =
-      llvm::makeIntrusiveRefCnt<clang::FileManager>(clang::FileSystemOptions(), files);
+  auto manager = llvm::makeIntrusiveRefCnt<clang::FileManager>(clang::FileSystemOptions(), files);
   bool written = false;
-  clang::tooling::ToolInvocation invocation(clang_arguments(options),
-                                            std::make_unique<Action>(options, written),
-                                            manager.get());
+  clang::tooling::ToolInvocation invocation(
+      clang_arguments(options), std::make_unique<Action>(options, written), manager.get());
   const bool clean = invocation.run();
   return clean && written ? 0 : 1;
 }

@@ -186,7 +186,8 @@ NodeIndex conditional_value(Unit &unit, const clang::AbstractConditionalOperator
 NodeIndex literal_value(Unit &unit, const Expr *expression) {
   const std::uint16_t word = node_type(unit, expression->getType(), expression->getExprLoc());
   if (const auto *integer = llvm::dyn_cast<clang::IntegerLiteral>(expression)) {
-    return make_integer(unit, word, static_cast<std::int64_t>(integer->getValue().getLimitedValue()));
+    return make_integer(unit, word,
+                        static_cast<std::int64_t>(integer->getValue().getLimitedValue()));
   }
   if (const auto *character = llvm::dyn_cast<clang::CharacterLiteral>(expression)) {
     return make_integer(unit, word, static_cast<std::int32_t>(character->getValue()));
@@ -265,6 +266,11 @@ NodeIndex folded_number(Unit &unit, const Expr *expression) {
 
 NodeIndex value_of(Unit &unit, const Expr *expression) {
   expression = expression->IgnoreParens();
+  if (is_wide_integer(unit, expression->getType())) {
+    // Reported once for the whole expression.
+    static_cast<void>(type_word(unit, expression->getType(), expression->getExprLoc()));
+    return make_integer(unit, INT, 0);
+  }
   if (has_wide_operand(unit, expression)) {
     // 64-bit constants are welcome where the value that they make fits the target.
     if (const NodeIndex folded = folded_number(unit, expression); folded != no_node) {
@@ -289,8 +295,7 @@ NodeIndex value_of(Unit &unit, const Expr *expression) {
   case clang::Stmt::ConditionalOperatorClass:
   case clang::Stmt::BinaryConditionalOperatorClass:
     return conditional_value(unit, llvm::cast<clang::AbstractConditionalOperator>(expression));
-  case clang::Stmt::CallExprClass:
-    return call_value(unit, llvm::cast<clang::CallExpr>(expression));
+  case clang::Stmt::CallExprClass: return call_value(unit, llvm::cast<clang::CallExpr>(expression));
   case clang::Stmt::VAArgExprClass:
     return va_arg_value(unit, llvm::cast<clang::VAArgExpr>(expression));
   case clang::Stmt::DeclRefExprClass:
@@ -311,6 +316,8 @@ NodeIndex value_of(Unit &unit, const Expr *expression) {
                ? value_of(unit, list->getInit(0))
                : make_zero(unit, node_type(unit, list->getType(), list->getExprLoc()));
   }
+  case clang::Stmt::AddrLabelExprClass:
+    return unsupported(unit, expression, "labels have no addresses on the target");
   case clang::Stmt::StmtExprClass:
     return unsupported(unit, expression, "the target has no statement expressions");
   default:

@@ -18,8 +18,7 @@ QualType passed_type(const Unit &unit, const clang::FunctionDecl *function, unsi
   if (type->isSpecificBuiltinType(clang::BuiltinType::Float)) {
     return unit.context.DoubleTy;
   }
-  return type->isPromotableIntegerType() ? unit.context.getPromotedIntegerType(type)
-                                                     : type;
+  return type->isPromotableIntegerType() ? unit.context.getPromotedIntegerType(type) : type;
 }
 
 StorageClass parameter_class(const clang::FunctionDecl *function, unsigned number, QualType type) {
@@ -45,27 +44,26 @@ NodeIndex add_parameters(Unit &unit) {
     const SourceLocation where = parameter->getLocation();
     const QualType type = passed_type(unit, function.decl, i);
     const std::string name = parameter_name(parameter, i);
-    file::Symbol symbol = make_symbol(unit, name, type, parameter_class(function.decl, i, type),
-                                      false, where);
-    symbol.offset = offset;
+    file::Symbol symbol =
+        make_symbol(unit, name, type, parameter_class(function.decl, i, type), false, where);
+    symbol.offset = symbol.sclass == C_REGPARM ? 0 : offset;
     offset += (symbol.size + 31) / 32 * 32;
     const SymbolReference passed{1, static_cast<std::int16_t>(i), symbol.stype, symbol.squal};
     function.parameters.push_back(std::move(symbol));
     if (type->isRecordType()) {
       function.variables[parameter->getCanonicalDecl()] = passed;
+      function.names.insert(name);
       continue;
     }
-    const SymbolReference home = add_local(
-        unit, make_symbol(unit, name, parameter->getType(), C_AUTO, false, where), where);
+    const SymbolReference home =
+        add_local(unit, make_symbol(unit, name, parameter->getType(), C_AUTO, false, where), where);
     function.variables[parameter->getCanonicalDecl()] = home;
     const NodeIndex target = make_name(unit, home);
-    const NodeIndex value =
-        is_derived(home.stype)
-            ? convert_pointer(unit, make_name(unit, passed), home.stype)
-            : convert_arithmetic(unit, make_name(unit, passed), home.stype);
+    const NodeIndex value = is_derived(home.stype)
+                                ? convert_pointer(unit, make_name(unit, passed), home.stype)
+                                : convert_arithmetic(unit, make_name(unit, passed), home.stype);
     const NodeIndex copy = make_binary(unit, ASSIGN, home.stype, target, value);
-    prologue =
-        prologue == no_node ? copy : make_binary(unit, PCOMMA, VOID, prologue, copy);
+    prologue = prologue == no_node ? copy : make_binary(unit, PCOMMA, VOID, prologue, copy);
   }
   return prologue;
 }
@@ -91,7 +89,7 @@ void add_final_return(Unit &unit) {
   const SourceLocation where = function.decl->getBody()->getEndLoc();
   const SymbolReference symbol = slot_reference(unit, function.slot);
   const NodeIndex name = make_name(unit, symbol);
-  const bool returns_zero = function.decl->isMain() && underived(symbol.stype) == INT;
+  const bool returns_zero = function.decl->getName() == "main" && underived(symbol.stype) == INT;
   add_statement(unit, where,
                 returns_zero ? make_binary(unit, RETURN, INT, name, make_integer(unit, INT, 0))
                              : make_unary(unit, URETURN, VOID, name));

@@ -1,7 +1,7 @@
 #include "cc/initializers.h"
 
-#include "cc/leaves.h"
 #include "cc/expressions.h"
+#include "cc/leaves.h"
 #include "cc/places.h"
 #include "cc/symbols.h"
 #include "cc/trees.h"
@@ -67,8 +67,8 @@ NodeIndex base_address(Unit &unit, const clang::APValue::LValueBase &base, bool 
   return no_node;
 }
 
-NodeIndex address_tree(Unit &unit, const clang::APValue &value, TypeWord type,
-                       bool file_level_only, SourceLocation where) {
+NodeIndex address_tree(Unit &unit, const clang::APValue &value, TypeWord type, bool file_level_only,
+                       SourceLocation where) {
   const std::int64_t offset = value.getLValueOffset().getQuantity();
   if (!value.getLValueBase()) {
     const NodeIndex number = make_integer(unit, INT, offset);
@@ -116,10 +116,9 @@ NodeIndex constant_tree(Unit &unit, const Leaf &leaf, TypeWord type, bool file_l
 void pack_bit_field(Image &image, const Leaf &leaf, std::uint32_t value) {
   for (std::int64_t bit = 0; bit < leaf.size; ++bit) {
     const std::int64_t place = leaf.offset + bit;
+    const unsigned mask = 1u << place % 8;
     std::uint8_t &byte = image.field_bytes[place / 8];
-    if ((value >> bit & 1) != 0) {
-      byte = static_cast<std::uint8_t>(byte | 1u << place % 8);
-    }
+    byte = static_cast<std::uint8_t>((value >> bit & 1) != 0 ? byte | mask : byte & ~mask);
   }
 }
 
@@ -262,8 +261,8 @@ void set_static_value(Unit &unit, file::Symbol &symbol, QualType type, const Exp
   set_image(unit, symbol, image);
 }
 
-std::vector<NodeIndex> initializing_trees(Unit &unit, const SymbolReference &symbol,
-                                          QualType type, const Expr *value, SourceLocation where) {
+std::vector<NodeIndex> initializing_trees(Unit &unit, const SymbolReference &symbol, QualType type,
+                                          const Expr *value, SourceLocation where) {
   std::vector<NodeIndex> trees;
   const bool is_aggregate = type->isRecordType() || type->isArrayType();
   if (!is_aggregate || !is_aggregate_value(value)) {

@@ -39,8 +39,7 @@ const Expr *stripped(const Expr *value) {
 }
 
 bool is_zero_fill(const Expr *value) {
-  return value == nullptr || llvm::isa<clang::ImplicitValueInitExpr>(value) ||
-         llvm::isa<clang::NoInitExpr>(value);
+  return value == nullptr || llvm::isa<clang::ImplicitValueInitExpr>(value);
 }
 
 struct Walk {
@@ -68,8 +67,7 @@ void emit(Walk &state, const Expr *value, QualType type) {
 }
 
 void walk_field(Walk &state, const Expr *value, const clang::FieldDecl *field) {
-  const clang::ASTRecordLayout &layout =
-      state.unit.context.getASTRecordLayout(field->getParent());
+  const clang::ASTRecordLayout &layout = state.unit.context.getASTRecordLayout(field->getParent());
   const auto offset = static_cast<std::int64_t>(layout.getFieldOffset(field->getFieldIndex()));
   if (!field->isBitField()) {
     walk_at(state, value, field->getType(), offset, {field, 0});
@@ -89,11 +87,9 @@ void walk_field(Walk &state, const Expr *value, const clang::FieldDecl *field) {
 }
 
 void walk_record(Walk &state, const clang::InitListExpr *list, QualType type) {
-  const clang::RecordDecl *record =
-      type->getAs<clang::RecordType>()->getDecl()->getDefinition();
+  const clang::RecordDecl *record = type->getAs<clang::RecordType>()->getDecl()->getDefinition();
   if (record->isUnion()) {
-    const clang::FieldDecl *field =
-        list != nullptr ? list->getInitializedFieldInUnion() : nullptr;
+    const clang::FieldDecl *field = list != nullptr ? list->getInitializedFieldInUnion() : nullptr;
     if (field == nullptr && !record->field_empty() && state.order == LeafOrder::DENSE) {
       field = *record->field_begin();
     }
@@ -108,7 +104,8 @@ void walk_record(Walk &state, const clang::InitListExpr *list, QualType type) {
     if (field->isUnnamedBitfield()) {
       continue;
     }
-    const Expr *value = list != nullptr && next < list->getNumInits() ? list->getInit(next) : nullptr;
+    const Expr *value =
+        list != nullptr && next < list->getNumInits() ? list->getInit(next) : nullptr;
     ++next;
     if (value == nullptr && field->getType()->isIncompleteArrayType()) {
       continue; // a flexible array member without a value has no elements
@@ -159,6 +156,12 @@ void walk_literal(Walk &state, const clang::StringLiteral *literal, QualType typ
 }
 
 void walk(Walk &state, const Expr *value, QualType type) {
+  if (value != nullptr && llvm::isa<clang::DesignatedInitUpdateExpr>(value)) {
+    // Compilers do not agree on what becomes of the rest of the struct.
+    report_error(state.unit, value->getExprLoc(),
+                 "designators change parts of a struct that one expression has set as a whole");
+    return;
+  }
   if (value != nullptr && !is_zero_fill(value)) {
     value = stripped(value);
   }
@@ -235,9 +238,8 @@ bool contains_uneven_union(Unit &unit, QualType type) {
   }
   const clang::RecordDecl *record = record_type->getDecl()->getDefinition();
   for (const clang::FieldDecl *field : record->fields()) {
-    const bool fills =
-        !field->isBitField() &&
-        unit.context.getTypeSize(field->getType()) == unit.context.getTypeSize(type);
+    const bool fills = !field->isBitField() &&
+                       unit.context.getTypeSize(field->getType()) == unit.context.getTypeSize(type);
     if ((record->isUnion() && !fills) || contains_uneven_union(unit, field->getType())) {
       return true;
     }

@@ -16,9 +16,9 @@ struct Step {
 
 // A part of an object that an initializer sets.
 struct Leaf {
-  std::int64_t offset = 0; // bits from the start of the object
-  std::int64_t size = 0;   // bits
-  QualType type;           // scalar, or a struct that is set by one expression
+  std::int64_t offset = 0;                 // bits from the start of the object
+  std::int64_t size = 0;                   // bits
+  QualType type;                           // scalar, or a struct that is set by one expression
   const clang::FieldDecl *field = nullptr; // if it is a bit field
   const Expr *value = nullptr;             // none: zero, unless there is an element
   std::optional<std::uint32_t> element;    // of the string literal that sets an array

@@ -28,8 +28,8 @@ constexpr const char *help =
     "Exit status: 0 done, 1 the program has errors or cannot be written, 2 bad usage.\n";
 
 [[noreturn]] void bad_usage(const char *what, std::string_view argument) {
-  std::fprintf(stderr, "velkor-cc: error: %s '%.*s'\n%s", what,
-               static_cast<int>(argument.size()), argument.data(), usage);
+  std::fprintf(stderr, "velkor-cc: error: %s '%.*s'\n%s", what, static_cast<int>(argument.size()),
+               argument.data(), usage);
   std::exit(2);
 }
 

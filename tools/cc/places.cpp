@@ -94,8 +94,7 @@ Place compound_literal(Unit &unit, const clang::CompoundLiteralExpr *literal) {
     return {make_sequence(unit, setup, decayed(unit, object, where)), true, false, type, nullptr};
   }
   const TypeWord pointer = pointer_to(type_word(unit, type, where));
-  const NodeIndex address =
-      make_sequence(unit, setup, address_of(unit, object, pointer, where));
+  const NodeIndex address = make_sequence(unit, setup, address_of(unit, object, pointer, where));
   return pointed_at(unit, address, type, false, where);
 }
 
@@ -149,9 +148,8 @@ Place member_of(Unit &unit, const Place &object, const clang::FieldDecl *field, 
   Place result;
   result.type = type;
   result.bit_field = field->isBitField() ? field : nullptr;
-  const std::uint16_t word = field->isBitField()
-                                 ? bit_field_type(unit, field)
-                                 : node_type(unit, type, field->getLocation());
+  const std::uint16_t word = field->isBitField() ? bit_field_type(unit, field)
+                                                 : node_type(unit, type, field->getLocation());
   const NodeIndex name = make_member_name(unit, field);
   result.node = make_binary(unit, MEMBER, word, object.node, name);
   unit.file.nodes[result.node].qual = access_qualifiers(type, constant);
@@ -229,8 +227,7 @@ bool lies_in_constant(const Expr *expression) {
     return !part->isArrow() && lies_in_constant(part->getBase());
   }
   if (const auto *element = llvm::dyn_cast<clang::ArraySubscriptExpr>(expression)) {
-    const auto *decay =
-        llvm::dyn_cast<clang::ImplicitCastExpr>(element->getBase()->IgnoreParens());
+    const auto *decay = llvm::dyn_cast<clang::ImplicitCastExpr>(element->getBase()->IgnoreParens());
     return decay != nullptr && decay->getCastKind() == clang::CK_ArrayToPointerDecay &&
            lies_in_constant(decay->getSubExpr());
   }
@@ -312,8 +309,7 @@ RepeatedPlace repeat_place(Unit &unit, const Expr *expression) {
     address = address_of(unit, place_of(unit, expression), type_word(unit, pointer, where), where);
   }
   repeated.pointer = make_temporary(unit, pointer, where);
-  repeated.setup =
-      store(unit, place_of_symbol(unit, *repeated.pointer, pointer), address, where);
+  repeated.setup = store(unit, place_of_symbol(unit, *repeated.pointer, pointer), address, where);
   return repeated;
 }
 
@@ -321,8 +317,7 @@ Place repeated_place(Unit &unit, const RepeatedPlace &repeated, SourceLocation w
   if (!repeated.pointer) {
     return place_of(unit, repeated.expression);
   }
-  Place place =
-      pointed_at(unit, make_name(unit, *repeated.pointer), repeated.type, false, where);
+  Place place = pointed_at(unit, make_name(unit, *repeated.pointer), repeated.type, false, where);
   for (const clang::MemberExpr *part : repeated.members) {
     place = member_of(unit, place, llvm::cast<clang::FieldDecl>(part->getMemberDecl()),
                       part->getType(), false);
@@ -349,8 +344,7 @@ NodeIndex literal_address(Unit &unit, const clang::StringLiteral *literal) {
   const QualType element = unit.context.getAsArrayType(literal->getType())->getElementType();
   const QualType array = unit.context.getConstantArrayType(
       element, llvm::APInt(32, elements.size()), nullptr, clang::ArrayType::Normal, 0);
-  file::Symbol symbol =
-      make_symbol(unit, "", array.withConst(), C_STAT, true, where);
+  file::Symbol symbol = make_symbol(unit, "", array.withConst(), C_STAT, true, where);
   const TypeWord word = type_word(unit, element, where);
   symbol.has_value = true;
   symbol.final_size = symbol.size;

@@ -17,7 +17,7 @@ namespace velkor::cc {
 namespace {
 
 void add_marker(Unit &unit, MarkerKind kind) {
-  unit.function->body.push_back(file::Marker{kind, 0});
+  unit.function->body.emplace_back(file::Marker{kind, 0});
 }
 
 // Opens a scope for a block's declarations if it has any. Returns whether it did.
@@ -27,7 +27,7 @@ bool open_scope(Unit &unit, const clang::Stmt *block, bool has_declarations) {
   }
   Function &function = *unit.function;
   if (2 + function.scope_sizes.size() >= max_scope_level) {
-    report_error(unit, block->getBeginLoc(),
+    report_limit(unit, block->getBeginLoc(),
                  "blocks nest deeper than " + std::to_string(max_scope_level) + " scopes");
     return false;
   }
@@ -82,10 +82,9 @@ void declare_variable(Unit &unit, const clang::VarDecl *variable) {
       const SymbolReference reference = add_local(unit, symbol, where);
       unit.function->variables[variable->getCanonicalDecl()] = reference;
       set_static_value(unit, symbol, variable->getType(), value, where);
-      file::Symbol &record =
-          reference.level == 2
-              ? unit.function->locals[static_cast<std::size_t>(reference.index)]
-              : std::get<file::Symbol>(unit.function->body.back());
+      file::Symbol &record = reference.level == 2
+                                 ? unit.function->locals[static_cast<std::size_t>(reference.index)]
+                                 : std::get<file::Symbol>(unit.function->body.back());
       symbol.name = record.name;
       record = std::move(symbol);
       return;
@@ -128,10 +127,10 @@ void initialize_variables(Unit &unit, const clang::DeclStmt *declarations) {
 }
 
 void translate_block(Unit &unit, const clang::CompoundStmt *block) {
-  const bool opened = open_scope(
-      unit, block, llvm::any_of(block->body(), [](const clang::Stmt *statement) {
-        return declares_variables(statement);
-      }));
+  const bool opened =
+      open_scope(unit, block, llvm::any_of(block->body(), [](const clang::Stmt *statement) {
+                   return declares_variables(statement);
+                 }));
   declare_variables(unit, block);
   translate_body(unit, block);
   close_scope(unit, opened);
@@ -194,9 +193,8 @@ bool has_entry(const clang::Stmt *statement, bool inside_switch) {
     return true;
   }
   inside_switch = inside_switch || llvm::isa<clang::SwitchStmt>(statement);
-  return llvm::any_of(statement->children(), [&](const clang::Stmt *child) {
-    return has_entry(child, inside_switch);
-  });
+  return llvm::any_of(statement->children(),
+                      [&](const clang::Stmt *child) { return has_entry(child, inside_switch); });
 }
 
 constexpr int guard_cost_limit = 40; // nodes of clang's tree, in which each conversion is one
@@ -207,8 +205,8 @@ bool wants_guard(const Expr *condition, const clang::Stmt *body) {
 
 // while and for: the test stands once in front and once at the bottom, so that the loop is entered
 // at its body. Costly tests, and loops that are entered from elsewhere, have it at the top alone.
-void translate_loop(Unit &unit, SourceLocation where, const Expr *condition,
-                    const Expr *increment, const clang::Stmt *body) {
+void translate_loop(Unit &unit, SourceLocation where, const Expr *condition, const Expr *increment,
+                    const clang::Stmt *body) {
   const int head = new_label(unit, where);
   const int next = new_label(unit, where);
   const int end = new_label(unit, where);
@@ -284,16 +282,14 @@ void translate_return(Unit &unit, const clang::ReturnStmt *statement) {
   }
   const NodeIndex name = make_name(unit, symbol);
   const NodeIndex result = value_of(unit, value);
-  add_statement(unit, where,
-                make_binary(unit, RETURN, underived(symbol.stype), name, result));
+  add_statement(unit, where, make_binary(unit, RETURN, underived(symbol.stype), name, result));
 }
 
 void translate_assembly(Unit &unit, const clang::AsmStmt *statement) {
   const SourceLocation where = statement->getAsmLoc();
   const auto *assembly = llvm::dyn_cast<clang::GCCAsmStmt>(statement);
-  if (assembly == nullptr || assembly->getNumInputs() + assembly->getNumOutputs() +
-                                     assembly->getNumLabels() !=
-                                 0) {
+  if (assembly == nullptr ||
+      assembly->getNumInputs() + assembly->getNumOutputs() + assembly->getNumLabels() != 0) {
     report_error(unit, where, "asm with operands cannot be expressed by the target");
     return;
   }
@@ -305,7 +301,7 @@ void translate_assembly(Unit &unit, const clang::AsmStmt *statement) {
   }
   if (!text.empty()) {
     const auto line = static_cast<std::int16_t>(line_of(unit, where));
-    unit.function->body.push_back(file::Assembly{line, line, text});
+    unit.function->body.emplace_back(file::Assembly{line, line, text});
   }
 }
 
@@ -348,7 +344,7 @@ const clang::Stmt *past_labels(Unit &unit, const clang::Stmt *statement) {
 
 void add_statement(Unit &unit, SourceLocation where, NodeIndex tree) {
   const auto line = static_cast<std::int16_t>(line_of(unit, where));
-  unit.function->body.push_back(file::Statement{line, line, tree});
+  unit.function->body.emplace_back(file::Statement{line, line, tree});
 }
 
 void declare_variables(Unit &unit, const clang::Stmt *block) {

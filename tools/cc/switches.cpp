@@ -48,7 +48,7 @@ void add_case(Unit &unit, const clang::CaseStmt *label_case, bool is_unsigned,
 int new_label(Unit &unit, SourceLocation where) {
   std::vector<int> &references = unit.function->label_references;
   if (references.size() > max_labels) {
-    report_error(unit, where,
+    report_limit(unit, where,
                  "a function needs more than " + std::to_string(max_labels) + " labels");
     return max_labels;
   }
@@ -57,7 +57,7 @@ int new_label(Unit &unit, SourceLocation where) {
 }
 
 void place_label(Unit &unit, int label) {
-  unit.function->body.push_back(file::Label{static_cast<std::int16_t>(label), false});
+  unit.function->body.emplace_back(file::Label{static_cast<std::int16_t>(label), false});
 }
 
 NodeIndex make_label_reference(Unit &unit, int label) {

@@ -24,7 +24,7 @@ void check_name(Unit &unit, const std::string &name, SourceLocation where) {
 int add_slot(Unit &unit, Slot slot) {
   check_name(unit, slot.symbol.name, slot.where);
   if (unit.slots.size() >= max_file_symbols) {
-    report_error(unit, slot.where,
+    report_limit(unit, slot.where,
                  "more than " + std::to_string(max_file_symbols) + " symbols of file level");
     return 0;
   }
@@ -89,11 +89,11 @@ int add_member(Unit &unit, const clang::FieldDecl *field, std::uint64_t offset, 
     slot.symbol.squal = field->getType().isVolatileQualified() ? 2 : 0;
     slot.symbol.align = max_alignment;
   } else {
-    slot.symbol = make_symbol(unit, member_name(field), field->getType(),
-                              in_union ? C_MOU : C_MOS, false, where);
+    slot.symbol = make_symbol(unit, member_name(field), field->getType(), in_union ? C_MOU : C_MOS,
+                              false, where);
     slot.symbol.align = std::min<std::int32_t>(
-        max_alignment, static_cast<std::int32_t>(
-                           unit.context.toBits(unit.context.getDeclAlign(field, true))));
+        max_alignment,
+        static_cast<std::int32_t>(unit.context.toBits(unit.context.getDeclAlign(field, true))));
   }
   slot.symbol.offset = static_cast<std::int32_t>(offset);
   return add_slot(unit, std::move(slot));
@@ -110,8 +110,8 @@ void complete_tag(Unit &unit, int slot, const clang::RecordDecl *record) {
     if (field->isUnnamedBitfield()) {
       continue;
     }
-    const int member = add_member(unit, field, layout.getFieldOffset(field->getFieldIndex()),
-                                  record->isUnion());
+    const int member =
+        add_member(unit, field, layout.getFieldOffset(field->getFieldIndex()), record->isUnion());
     unit.member_slots[field] = member;
     unit.slots[slot].members.push_back(member);
   }
@@ -184,17 +184,15 @@ int array_image_tag(Unit &unit, QualType array, SourceLocation where) {
   tag.where = where;
   tag.complete = true;
   const int number = static_cast<int>(unit.slots.size());
-  tag.symbol =
-      tag_symbol(".fake" + std::to_string(unit.anonymous_tags++), false,
-                 size_in_bits(unit, array, where), alignment_in_bits(unit, array), number);
+  tag.symbol = tag_symbol(".fake" + std::to_string(unit.anonymous_tags++), false,
+                          size_in_bits(unit, array, where), alignment_in_bits(unit, array), number);
   if (add_slot(unit, std::move(tag)) != number) {
     return 0;
   }
   Slot member;
   member.kind = SlotKind::MEMBER;
   member.where = where;
-  member.symbol =
-      make_symbol(unit, "_elements", array.getUnqualifiedType(), C_MOS, false, where);
+  member.symbol = make_symbol(unit, "_elements", array.getUnqualifiedType(), C_MOS, false, where);
   const int member_number = add_slot(unit, std::move(member));
   unit.slots[number].members.push_back(member_number);
   unit.array_image_tags[key] = number;
@@ -202,10 +200,7 @@ int array_image_tag(Unit &unit, QualType array, SourceLocation where) {
 }
 
 bool is_constant_object(const clang::VarDecl *variable) {
-  QualType type = variable->getType().getCanonicalType();
-  while (const auto *array = type->getAsArrayTypeUnsafe()) {
-    type = array->getElementType();
-  }
+  const QualType type = variable->getASTContext().getBaseElementType(variable->getType());
   return variable->hasGlobalStorage() && type.isConstQualified() && !type.isVolatileQualified();
 }
 
@@ -227,9 +222,9 @@ int variable_slot(Unit &unit, const clang::VarDecl *variable) {
   Slot slot;
   slot.kind = SlotKind::VARIABLE;
   slot.where = decl->getLocation();
-  slot.symbol =
-      make_symbol(unit, underscored(name), type, defined_class(decl->isExternallyVisible(), defined),
-                  is_constant_object(decl), decl->getLocation());
+  slot.symbol = make_symbol(unit, underscored(name), type,
+                            defined_class(decl->isExternallyVisible(), defined),
+                            is_constant_object(decl), decl->getLocation());
   const int number = add_slot(unit, std::move(slot));
   unit.linked_slots[name] = number;
   return number;
@@ -303,10 +298,11 @@ SymbolReference add_local(Unit &unit, file::Symbol symbol, SourceLocation where)
   } else {
     reference.level = static_cast<std::int16_t>(2 + function.scope_sizes.size());
     index = static_cast<std::size_t>(function.scope_sizes.back()++);
-    function.body.push_back(std::move(symbol));
+    function.body.emplace_back(std::move(symbol));
   }
   if (index >= max_file_symbols) {
-    report_error(unit, where, "more than " + std::to_string(max_file_symbols) + " symbols in a scope");
+    report_limit(unit, where,
+                 "more than " + std::to_string(max_file_symbols) + " symbols in a scope");
     index = 0;
   }
   reference.index = static_cast<std::int16_t>(index);
@@ -315,13 +311,13 @@ SymbolReference add_local(Unit &unit, file::Symbol symbol, SourceLocation where)
 
 SymbolReference make_temporary(Unit &unit, QualType type, SourceLocation where) {
   Function &function = *unit.function;
-  file::Symbol symbol =
-      make_symbol(unit, "_$t" + std::to_string(++function.temporaries), type.getUnqualifiedType(),
-                  C_AUTO, false, where);
+  file::Symbol symbol = make_symbol(unit, "_$t" + std::to_string(++function.temporaries),
+                                    type.getUnqualifiedType(), C_AUTO, false, where);
   const SymbolReference reference{2, static_cast<std::int16_t>(function.locals.size()),
                                   symbol.stype, symbol.squal};
   if (function.locals.size() >= max_file_symbols) {
-    report_error(unit, where, "more than " + std::to_string(max_file_symbols) + " symbols in a scope");
+    report_limit(unit, where,
+                 "more than " + std::to_string(max_file_symbols) + " symbols in a scope");
   }
   function.names.insert(symbol.name);
   function.locals.push_back(std::move(symbol));

@@ -135,14 +135,12 @@ NodeIndex convert_to_bool(Unit &unit, NodeIndex node) {
 NodeIndex make_pointer_step(Unit &unit, Opcode op, NodeIndex pointer, NodeIndex integer,
                             std::int32_t step_bits) {
   const NodeIndex count = convert_arithmetic(unit, integer, INT);
-  const NodeIndex bytes =
-      make_binary(unit, PMCONV, INT, count, make_integer(unit, INT, step_bits));
+  const NodeIndex bytes = make_binary(unit, PMCONV, INT, count, make_integer(unit, INT, step_bits));
   return make_binary(unit, op, type_of(unit, pointer), pointer, bytes);
 }
 
 NodeIndex make_sequence(Unit &unit, NodeIndex left, NodeIndex right) {
-  return left == no_node ? right
-                         : make_binary(unit, COMMA_OP, type_of(unit, right), left, right);
+  return left == no_node ? right : make_binary(unit, COMMA_OP, type_of(unit, right), left, right);
 }
 
 } // namespace velkor::cc

@@ -75,7 +75,10 @@ QualType derived_from(QualType type, Derivation &derivation) {
   }
   if (const auto *array = type->getAsArrayTypeUnsafe()) {
     derivation = ARRAY_OF;
-    return array->getElementType().getCanonicalType();
+    // Clang's canonical arrays carry the qualifiers of their elements.
+    QualType element = array->getElementType().getCanonicalType();
+    element.addFastQualifiers(type.getLocalFastQualifiers());
+    return element;
   }
   return QualType();
 }

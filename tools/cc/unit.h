@@ -45,10 +45,10 @@ enum class SlotKind { TAG, MEMBER, VARIABLE, FUNCTION };
 struct Slot {
   SlotKind kind = SlotKind::VARIABLE;
   file::Symbol symbol;
-  bool complete = false;    // of a tag: it has a record; else it is known by name only
-  std::vector<int> members; // of a tag: the slots of its members, in order
-  int definition = -1;      // of a function: place of its body in Unit::functions
-  int index = -1;           // position of the (defining) record in the file
+  bool complete = false;      // of a tag: it has a record; else it is known by name only
+  std::vector<int> members;   // of a tag: the slots of its members, in order
+  int definition = -1;        // of a function: place of its body in Unit::functions
+  int index = -1;             // position of the (defining) record in the file
   int declaration_index = -1; // position of the declaration ahead of it, if there is one
   SourceLocation where;
 };
@@ -108,6 +108,9 @@ struct Unit {
 // Reports an error of the program at where, through clang's diagnostics. The same message for the
 // same place is given once.
 void report_error(Unit &unit, SourceLocation where, const std::string &message);
+
+// The same for a limit of the format, which one report tells of however often it is met.
+void report_limit(Unit &unit, SourceLocation where, const std::string &message);
 
 // Physical line of where, where macros are expanded; at most max_line.
 [[nodiscard]] int line_of(const Unit &unit, SourceLocation where);

@@ -13,8 +13,7 @@ bool inside(const Compiler &c, const Place &place, std::uint32_t bytes) {
     return place.offset >= place.object_begin &&
            place.offset + static_cast<std::int64_t>(bytes) <= place.object_end;
   }
-  return place.mode == Place::FIXED &&
-         c.memory.contains(static_cast<Address>(place.offset), bytes);
+  return place.mode == Place::FIXED && c.memory.contains(static_cast<Address>(place.offset), bytes);
 }
 
 // The place as register + offset.
@@ -34,21 +33,11 @@ std::int32_t trace_word(bool is_store, std::uint32_t bits, std::int32_t offset) 
   return (is_store ? 1 : 0) | static_cast<std::int32_t>(bits) << 1 | offset << 8;
 }
 
-bool is_volatile_object(const SymbolInfo &symbol) {
-  TypeWord type = symbol.record->stype;
-  std::uint32_t qualifiers = symbol.record->squal;
-  while (is_array(type)) {
-    type = underived(type);
-    qualifiers = underived(qualifiers);
-  }
-  return is_volatile_value(type, qualifiers);
-}
-
 // Emits the report of an access, in front of it. Objects of static duration are found by address,
 // so that accesses through pointers count; autos by the symbol that the tree names.
 void trace(Compiler &c, const Place &place, bool is_store, std::uint32_t bits) {
   if (place.mode == Place::FRAME) {
-    if (place.symbol == nullptr || !is_volatile_object(*place.symbol)) return;
+    if (place.symbol == nullptr || !is_volatile_object(*place.symbol->record)) return;
     emit(c, {.op = Op::TRACE_OBJECT,
              .imm = add_text(c, place.symbol->record->name),
              .target = trace_word(is_store, bits, place.offset - place.object_begin)});
@@ -123,9 +112,9 @@ Place place_of_symbol(Compiler &c, const SymbolInfo &symbol) {
       return place;
     }
     place.mode = Place::FRAME;
-    place.offset = place.object_begin = static_cast<std::int32_t>(symbol.place) -
-                                        static_cast<std::int32_t>(
-                                            round_up(c.source->parameter_bytes, 16));
+    place.offset = place.object_begin =
+        static_cast<std::int32_t>(symbol.place) -
+        static_cast<std::int32_t>(round_up(c.source->parameter_bytes, 16));
     place.object_end = place.object_begin + static_cast<std::int32_t>(symbol.bytes);
     return place;
   case Storage::UNDEFINED:
@@ -275,8 +264,7 @@ Value as_stored(Compiler &c, const Place &place, Value value) {
   if (!place.is_field) return value;
   const std::uint16_t reg = in_register(c, value);
   value = {.kind = Value::REGISTER, .reg = reg, .type = value.type};
-  emit(c,
-       {.op = Op::WRAP_FIELD, .dst = reg, .lhs = reg, .target = field_word(place, value.type)});
+  emit(c, {.op = Op::WRAP_FIELD, .dst = reg, .lhs = reg, .target = field_word(place, value.type)});
   return value;
 }
 

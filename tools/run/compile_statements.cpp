@@ -270,10 +270,8 @@ void bind(Compiler &c, Label label) {
   c.label_positions[label] = static_cast<std::int32_t>(c.code.instructions.size());
 }
 
-void jump(Compiler &c, Op op, Label label, std::uint16_t lhs, std::uint16_t rhs,
-          std::int32_t imm) {
-  c.jumps.push_back(
-      emit(c, {.op = op, .lhs = lhs, .rhs = rhs, .imm = imm, .target = label}));
+void jump(Compiler &c, Op op, Label label, std::uint16_t lhs, std::uint16_t rhs, std::int32_t imm) {
+  c.jumps.push_back(emit(c, {.op = op, .lhs = lhs, .rhs = rhs, .imm = imm, .target = label}));
 }
 
 std::int32_t add_text(Compiler &c, std::string text) {

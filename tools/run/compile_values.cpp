@@ -1,205 +1,9 @@
-// Scalar values: types, conversions, arithmetic, assignments, conditions.
+// Scalar values: arithmetic, assignments, and every other operator.
 #include "run/compiler.h"
 
-#include <cerrno>
-#include <cstdlib>
+#include <utility>
 
 namespace velkor::run {
-
-// Types ------------------------------------------------------------------------------------------
-
-bool is_real(TypeWord type) {
-  return is_floating(type);
-}
-bool is_single(TypeWord type) {
-  return type == FLOAT;
-}
-bool is_unsigned_word(TypeWord type) {
-  return is_derived(type) || is_unsigned_basic(type);
-}
-bool has_access(TypeWord type) {
-  return is_scalar(type);
-}
-TypeWord node_type(const file::Node &node) {
-  return internal_type(node.type);
-}
-
-AccessKind access_kind(TypeWord type) {
-  if (is_derived(type)) return AccessKind::WORD;
-  switch (type) {
-  case CHAR: return AccessKind::I8;
-  case UNSIGNED_CHAR: return AccessKind::U8;
-  case SHORT: return AccessKind::I16;
-  case UNSIGNED_SHORT: return AccessKind::U16;
-  case FLOAT: return AccessKind::SINGLE;
-  case DOUBLE:
-  case LONG_DOUBLE: return AccessKind::DOUBLE;
-  default: return AccessKind::WORD;
-  }
-}
-
-TypeWord promoted(TypeWord type) {
-  if (is_derived(type)) return type;
-  switch (type) {
-  case CHAR:
-  case SHORT:
-  case ENUM:
-  case UNSIGNED_CHAR:
-  case UNSIGNED_SHORT: return INT;
-  default: return type;
-  }
-}
-
-TypeWord balanced(TypeWord a, TypeWord b) {
-  if (is_derived(a)) return a;
-  if (is_derived(b)) return b;
-  for (const TypeWord strongest : {DOUBLE, FLOAT, UNSIGNED}) {
-    if (promoted(a) == strongest || promoted(b) == strongest) return strongest;
-  }
-  return INT;
-}
-
-std::uint32_t wrapped(std::uint32_t word, TypeWord type) {
-  switch (access_kind(type)) {
-  case AccessKind::I8: return static_cast<std::uint32_t>(static_cast<std::int8_t>(word));
-  case AccessKind::U8: return static_cast<std::uint8_t>(word);
-  case AccessKind::I16: return static_cast<std::uint32_t>(static_cast<std::int16_t>(word));
-  case AccessKind::U16: return static_cast<std::uint16_t>(word);
-  default: return word;
-  }
-}
-
-// Constants --------------------------------------------------------------------------------------
-
-Value constant(std::uint32_t word, TypeWord type) {
-  return {.kind = Value::CONSTANT, .word = word, .type = type};
-}
-
-// Decimal text as the file has it, maybe with a sign and an exponent.
-bool parse_real(const std::string &text, double &number) {
-  const char *start = text.c_str();
-  char *end = nullptr;
-  number = std::strtod(start, &end);
-  if (end == start) return false;
-  while (*end == 'f' || *end == 'F' || *end == 'l' || *end == 'L')
-    ++end;
-  return *end == '\0';
-}
-
-namespace {
-
-std::uint32_t parse_long_constant(const std::string &text) {
-  std::uint32_t word = 0;
-  const bool negative = text.starts_with('-');
-  for (const char digit : text.substr(negative ? 1 : 0)) {
-    if (digit < '0' || digit > '9') break;
-    word = word * 10 + static_cast<std::uint32_t>(digit - '0');
-  }
-  return negative ? 0u - word : word;
-}
-
-// The factor of PMCONV and PVCONV in bytes: their right operand is in bits.
-std::uint32_t scale_bytes(std::uint32_t bits) {
-  return static_cast<std::uint32_t>(static_cast<std::int32_t>(bits) / 8);
-}
-
-Value real_constant(Compiler &c, double number, TypeWord type) {
-  if (is_single(type)) number = static_cast<float>(number);
-  const Value value{.kind = Value::REGISTER, .reg = new_register(c), .type = type};
-  c.code.reals.push_back(number);
-  emit(c, {.op = Op::REAL_CONSTANT,
-           .dst = value.reg,
-           .imm = static_cast<std::int32_t>(c.code.reals.size()) - 1});
-  return value;
-}
-
-} // namespace
-
-bool constant_word(const Compiler &c, file::NodeIndex index, std::uint32_t &word) {
-  const file::Node &node = c.node(index);
-  switch (node.op) {
-  case ICON:
-    if (!has_access(node_type(node)) || is_real(node_type(node))) return false;
-    word = wrapped(static_cast<std::uint32_t>(node.value), node_type(node));
-    return true;
-  case LCON: word = wrapped(parse_long_constant(node.text), node_type(node)); return true;
-  case PMCONV: {
-    std::uint32_t bits = 0;
-    if (!constant_word(c, node.left, word) || !constant_word(c, node.right, bits)) return false;
-    word = wrapped(word * scale_bytes(bits), node_type(node));
-    return true;
-  }
-  default: return false;
-  }
-}
-
-// Conversions ------------------------------------------------------------------------------------
-
-std::uint16_t in_register(Compiler &c, const Value &value) {
-  if (value.kind == Value::REGISTER) return value.reg;
-  const std::uint16_t reg = new_register(c);
-  emit(c,
-       {.op = Op::CONSTANT, .dst = reg, .imm = static_cast<std::int32_t>(value.word)});
-  return reg;
-}
-
-namespace {
-
-// Wraps the word in the register to a narrow type.
-void wrap(Compiler &c, std::uint16_t reg, TypeWord type) {
-  switch (access_kind(type)) {
-  case AccessKind::I8: emit(c, {.op = Op::WRAP_I8, .dst = reg, .lhs = reg}); break;
-  case AccessKind::U8: emit(c, {.op = Op::WRAP_U8, .dst = reg, .lhs = reg}); break;
-  case AccessKind::I16: emit(c, {.op = Op::WRAP_I16, .dst = reg, .lhs = reg}); break;
-  case AccessKind::U16: emit(c, {.op = Op::WRAP_U16, .dst = reg, .lhs = reg}); break;
-  default: break;
-  }
-}
-
-// True when every value of integer type `from` is one of `to`.
-bool contains_all(TypeWord to, TypeWord from) {
-  const AccessKind wide = access_kind(to);
-  const AccessKind narrow = access_kind(from);
-  if (wide == narrow || wide == AccessKind::WORD) return true;
-  return narrow == AccessKind::I8    ? wide == AccessKind::I16
-         : narrow == AccessKind::U8 ? wide == AccessKind::I16 || wide == AccessKind::U16
-                                     : false;
-}
-
-} // namespace
-
-Value convert(Compiler &c, Value value, TypeWord type) {
-  if (type == VOID || value.kind == Value::NOTHING) {
-    if (type != VOID) return emit_fault(c, "a value where there is none", type);
-    return {};
-  }
-  if (!has_access(type)) return emit_fault(c, "a conversion to a type that has no values", INT);
-  if (is_real(type)) {
-    if (!is_real(value.type)) {
-      const bool is_unsigned = is_unsigned_word(value.type);
-      if (value.kind == Value::CONSTANT) {
-        return real_constant(c,
-                             is_unsigned ? static_cast<double>(value.word)
-                                         : static_cast<double>(static_cast<std::int32_t>(value.word)),
-                             type);
-      }
-      emit(c, {.op = is_unsigned ? Op::UNSIGNED_TO_REAL : Op::SIGNED_TO_REAL,
-               .dst = value.reg,
-               .lhs = value.reg});
-    }
-    if (is_single(type) && !is_single(value.type))
-      emit(c, {.op = Op::ROUND_TO_SINGLE, .dst = value.reg, .lhs = value.reg});
-  } else if (is_real(value.type)) {
-    emit(c, {.op = Op::REAL_TO_WORD, .dst = value.reg, .lhs = value.reg});
-    wrap(c, value.reg, type);
-  } else if (value.kind == Value::CONSTANT) {
-    value.word = wrapped(value.word, type);
-  } else if (!contains_all(type, value.type)) {
-    wrap(c, value.reg, type);
-  }
-  value.type = type;
-  return value;
-}
 
 // Arithmetic -------------------------------------------------------------------------------------
 
@@ -224,8 +28,7 @@ constexpr Operation operations[] = {
     {SHIFT_RIGHT, Op::SHIFT_DOWN_SIGNED, Op::SHIFT_DOWN_UNSIGNED, Op::JUMP},
 };
 constexpr int immediate_step = static_cast<int>(Op::ADD_IMM) - static_cast<int>(Op::ADD);
-constexpr int single_step =
-    static_cast<int>(Op::ADD_SINGLE) - static_cast<int>(Op::ADD_DOUBLE);
+constexpr int single_step = static_cast<int>(Op::ADD_SINGLE) - static_cast<int>(Op::ADD_DOUBLE);
 
 const Operation *operation_of(std::uint8_t op) {
   for (const Operation &operation : operations) {
@@ -264,8 +67,7 @@ Value arithmetic(Compiler &c, std::uint8_t op, Value a, Value b, TypeWord type,
     if (is_real(a.type)) a = convert(c, a, is_real(type) ? static_cast<TypeWord>(INT) : type);
     b = convert(c, b, is_real(b.type) ? static_cast<TypeWord>(INT) : b.type);
     const TypeWord word_type = is_real(type) ? promoted(a.type) : type;
-    const Op word_op =
-        is_unsigned_word(a.type) ? operation->unsigned_word : operation->signed_word;
+    const Op word_op = is_unsigned_word(a.type) ? operation->unsigned_word : operation->signed_word;
     return convert(c, word_operation(c, word_op, a, b, word_type, mark), type);
   }
   if (is_real(a.type) || is_real(b.type) || is_real(type)) {
@@ -291,148 +93,7 @@ Value arithmetic(Compiler &c, std::uint8_t op, Value a, Value b, TypeWord type,
   return word_operation(c, word_op, a, b, type, mark);
 }
 
-// Relations --------------------------------------------------------------------------------------
-
-struct Relation {
-  Opcode op;
-  int plain;       // step from SET_EQ on words compared signed
-  int as_unsigned; // on words compared unsigned
-  int real;        // step from SET_EQ_REAL
-};
-constexpr Relation relations[] = {
-    {EQ, 0, 0, 0},  {NE, 1, 1, 1},  {LT, 2, 6, 2},  {LE, 3, 7, 3},  {GT, 4, 8, 4},
-    {GE, 5, 9, 5},  {ULT, 6, 6, 2}, {ULE, 7, 7, 3}, {UGT, 8, 8, 4}, {UGE, 9, 9, 5},
-};
-// Steps of the logical opposite, and of the relation with its operands exchanged.
-constexpr int opposite_step[] = {1, 0, 5, 4, 3, 2, 9, 8, 7, 6};
-constexpr int exchanged_step[] = {0, 1, 4, 5, 2, 3, 8, 9, 6, 7};
-constexpr int relation_count = 10;
-
-const Relation *relation_of(std::uint8_t op) {
-  for (const Relation &relation : relations) {
-    if (relation.op == op) return &relation;
-  }
-  return nullptr;
-}
-
-// Both operands of a relation, brought to a common form.
-struct Comparison {
-  Value a;
-  Value b;
-  bool real = false;
-  int step = 0; // from SET_EQ, or from SET_EQ_REAL if real
-};
-
-Comparison compare(Compiler &c, const Relation &relation, const file::Node &node) {
-  Comparison comparison;
-  comparison.a = evaluate(c, node.left);
-  comparison.b = evaluate(c, node.right);
-  if (comparison.a.kind == Value::NOTHING || comparison.b.kind == Value::NOTHING) {
-    comparison.a = comparison.b = emit_fault(c, "a comparison of no values");
-  }
-  const TypeWord type = balanced(comparison.a.type, comparison.b.type);
-  if (is_real(comparison.a.type) || is_real(comparison.b.type)) {
-    const TypeWord real_type = is_real(type) ? type : static_cast<TypeWord>(DOUBLE);
-    comparison.a = convert(c, comparison.a, real_type);
-    comparison.b = convert(c, comparison.b, real_type);
-    comparison.real = true;
-    comparison.step = relation.real;
-    return comparison;
-  }
-  comparison.step = is_unsigned_word(type) ? relation.as_unsigned : relation.plain;
-  if (comparison.a.kind == Value::CONSTANT && comparison.b.kind != Value::CONSTANT) {
-    std::swap(comparison.a, comparison.b);
-    comparison.step = exchanged_step[comparison.step];
-  }
-  return comparison;
-}
-
-Value evaluate_relation(Compiler &c, const Relation &relation, const file::Node &node) {
-  const std::uint32_t mark = c.next_register;
-  const Comparison comparison = compare(c, relation, node);
-  Instruction instruction{.lhs = in_register(c, comparison.a)};
-  if (comparison.real) {
-    instruction.op = Op::SET_EQ_REAL + comparison.step;
-    instruction.rhs = in_register(c, comparison.b);
-  } else if (comparison.b.kind == Value::CONSTANT) {
-    instruction.op = Op::SET_EQ_IMM + comparison.step;
-    instruction.imm = static_cast<std::int32_t>(comparison.b.word);
-  } else {
-    instruction.op = Op::SET_EQ + comparison.step;
-    instruction.rhs = comparison.b.reg;
-  }
-  c.next_register = mark;
-  instruction.dst = new_register(c);
-  emit(c, instruction);
-  return {.kind = Value::REGISTER, .reg = instruction.dst, .type = INT};
-}
-
-void branch_on_relation(Compiler &c, const Relation &relation, const file::Node &node, Label label,
-                        bool when) {
-  const Comparison comparison = compare(c, relation, node);
-  const std::uint16_t a = in_register(c, comparison.a);
-  if (comparison.real) {
-    // The opposite of < is not >= where a NaN takes part, so the truth value decides.
-    emit(c, {.op = Op::SET_EQ_REAL + comparison.step,
-             .dst = a,
-             .lhs = a,
-             .rhs = in_register(c, comparison.b)});
-    jump(c, when ? Op::JUMP_IF_NONZERO : Op::JUMP_IF_ZERO, label, a);
-    return;
-  }
-  const int step = when ? comparison.step : opposite_step[comparison.step];
-  if (comparison.b.kind == Value::CONSTANT) {
-    jump(c, Op::JUMP_IF_EQ + (step + relation_count), label, a, 0,
-         static_cast<std::int32_t>(comparison.b.word));
-  } else {
-    jump(c, Op::JUMP_IF_EQ + step, label, a, comparison.b.reg);
-  }
-}
-
-} // namespace
-
-void branch(Compiler &c, file::NodeIndex condition, Label label, bool when) {
-  const std::uint32_t mark = c.next_register;
-  const file::Node &node = c.node(condition);
-  if (const Relation *relation = relation_of(node.op)) {
-    branch_on_relation(c, *relation, node, label, when);
-  } else if (node.op == LOGICAL_NOT) {
-    branch(c, node.left, label, !when);
-  } else if (node.op == IDENTITY) {
-    branch(c, node.left, label, when);
-  } else if (node.op == LOGICAL_AND || node.op == LOGICAL_OR) {
-    // The first operand alone settles && when it is false, || when it is true.
-    const bool settling = node.op == LOGICAL_OR;
-    if (settling == when) {
-      branch(c, node.left, label, when);
-      branch(c, node.right, label, when);
-    } else {
-      const Label past = new_label(c);
-      branch(c, node.left, past, settling);
-      branch(c, node.right, label, when);
-      bind(c, past);
-    }
-  } else if (node.op == COMMA_OP) {
-    evaluate_effect(c, node.left);
-    branch(c, node.right, label, when);
-  } else {
-    const Value value = evaluate(c, condition);
-    if (value.kind == Value::CONSTANT) {
-      if ((value.word != 0) == when) jump(c, Op::JUMP, label);
-    } else if (value.kind == Value::NOTHING) {
-      emit_fault(c, "a condition without a value");
-    } else {
-      if (is_real(value.type))
-        emit(c, {.op = Op::REAL_TRUTH, .dst = value.reg, .lhs = value.reg});
-      jump(c, when ? Op::JUMP_IF_NONZERO : Op::JUMP_IF_ZERO, label, value.reg);
-    }
-  }
-  c.next_register = mark;
-}
-
 // Operators --------------------------------------------------------------------------------------
-
-namespace {
 
 // A condition as the word 0 or 1.
 Value evaluate_truth(Compiler &c, file::NodeIndex index) {
@@ -539,9 +200,9 @@ Value evaluate_unary(Compiler &c, const file::Node &node, TypeWord type) {
     case NEGATE: emit(c, {.op = Op::NEGATE_REAL, .dst = reg, .lhs = reg}); break;
     case ABS: emit(c, {.op = Op::ABSOLUTE_REAL, .dst = reg, .lhs = reg}); break;
     case SQRT:
-      emit(c, {.op = is_single(real_type) ? Op::ROOT_SINGLE : Op::ROOT_DOUBLE,
-               .dst = reg,
-               .lhs = reg});
+      emit(
+          c,
+          {.op = is_single(real_type) ? Op::ROOT_SINGLE : Op::ROOT_DOUBLE, .dst = reg, .lhs = reg});
       break;
     case SQUARE:
       emit(c, {.op = is_single(real_type) ? Op::MULTIPLY_SINGLE : Op::MULTIPLY_DOUBLE,
@@ -566,9 +227,7 @@ Value evaluate_unary(Compiler &c, const file::Node &node, TypeWord type) {
   case NEGATE: emit(c, {.op = Op::NEGATE_WORD, .dst = reg, .lhs = reg}); break;
   case COMPLEMENT: emit(c, {.op = Op::COMPLEMENT_WORD, .dst = reg, .lhs = reg}); break;
   case ABS: emit(c, {.op = Op::ABSOLUTE_WORD, .dst = reg, .lhs = reg}); break;
-  case SQUARE:
-    emit(c, {.op = Op::MULTIPLY_WORD, .dst = reg, .lhs = reg, .rhs = reg});
-    break;
+  case SQUARE: emit(c, {.op = Op::MULTIPLY_WORD, .dst = reg, .lhs = reg, .rhs = reg}); break;
   case RECIP: {
     const std::uint16_t one = in_register(c, constant(1, type));
     emit(c, {.op = is_unsigned_word(type) ? Op::DIVIDE_UNSIGNED : Op::DIVIDE_SIGNED,
@@ -604,8 +263,7 @@ Value evaluate_scaling(Compiler &c, const file::Node &node, TypeWord type, std::
 Value evaluate_address(Compiler &c, const file::Node &node, TypeWord type) {
   const Place place = place_of(c, node.left);
   if (place.is_field) return emit_fault(c, "the address of a bit field", type);
-  if (place.mode == Place::FIXED)
-    return constant(static_cast<std::uint32_t>(place.offset), type);
+  if (place.mode == Place::FIXED) return constant(static_cast<std::uint32_t>(place.offset), type);
   return {.kind = Value::REGISTER, .reg = address_register(c, place), .type = type};
 }
 
@@ -633,9 +291,9 @@ Value evaluate_copy(Compiler &c, const file::Node &node, TypeWord type) {
     return emit_fault(c, "MEMCPY without its three operands", type);
   const file::Node &inner = c.node(outer.left);
   Instruction instruction{.op = Op::COPY_COUNTED};
-  for (const auto &[operand, reg] : {std::pair{inner.left, &instruction.lhs},
-                                     std::pair{inner.right, &instruction.rhs},
-                                     std::pair{outer.right, &instruction.dst}}) {
+  for (const auto &[operand, reg] :
+       {std::pair{inner.left, &instruction.lhs}, std::pair{inner.right, &instruction.rhs},
+        std::pair{outer.right, &instruction.dst}}) {
     const Value value = evaluate(c, operand);
     if (value.kind == Value::NOTHING || is_real(value.type))
       return emit_fault(c, "MEMCPY of no addresses", type);
@@ -691,9 +349,8 @@ Value evaluate(Compiler &c, file::NodeIndex index) {
   case SUBTRACT: {
     // An address with a constant offset folds into the place.
     std::uint32_t ignored = 0;
-    if (is_pointer(type) &&
-        (constant_word(c, node.right, ignored) ||
-         (node.op == ADD && constant_word(c, node.left, ignored)))) {
+    if (is_pointer(type) && (constant_word(c, node.right, ignored) ||
+                             (node.op == ADD && constant_word(c, node.left, ignored)))) {
       const file::NodeIndex base = constant_word(c, node.right, ignored) ? node.left : node.right;
       const file::Node &operand = c.node(base);
       if ((operand.op == ADDRESS || operand.op == PCONV) && is_pointer(node_type(operand))) {
@@ -732,7 +389,7 @@ Value evaluate(Compiler &c, file::NodeIndex index) {
   case ULT:
   case ULE:
   case UGT:
-  case UGE: return convert(c, evaluate_relation(c, *relation_of(node.op), node), type);
+  case UGE: return convert(c, evaluate_relation(c, node), type);
   case LOGICAL_NOT: return convert(c, evaluate_not(c, node), type);
   case LOGICAL_AND:
   case LOGICAL_OR: return convert(c, evaluate_truth(c, index), type);
@@ -779,8 +436,8 @@ Value evaluate(Compiler &c, file::NodeIndex index) {
     if (asgop_base(node.op) != ILLOP) return evaluate_update(c, node, type);
     break;
   }
-  return emit_fault(c, std::string("operator ") + opcode_table[node.op].name +
-                           " (number " + std::to_string(node.op) + ") as a value");
+  return emit_fault(c, std::string("operator ") + opcode_table[node.op].name + " (number " +
+                           std::to_string(node.op) + ") as a value");
 }
 
 void evaluate_effect(Compiler &c, file::NodeIndex index) {

@@ -1,7 +1,9 @@
-// Compiles an icode file's functions to the flat form. compile_program is what others call; the rest
-// is shared by the compiler's own files:
+// Compiles an icode file's functions to the flat form. compile_program is what others call; the
+// rest is shared by the compiler's own files:
 //
-//   compile_values.cpp      scalar values, conversions, arithmetic, conditions
+//   compile_types.cpp       types, constants, conversions
+//   compile_values.cpp      scalar values: arithmetic, assignments, all other operators
+//   compile_conditions.cpp  relations, conditions that decide a jump
 //   compile_places.cpp      where objects are: lvalues, loads, stores, blocks of bytes
 //   compile_calls.cpp       calls and their arguments
 //   compile_statements.cpp  statements, functions, initial values
@@ -60,9 +62,9 @@ struct Compiler {
   std::uint32_t frame_bytes = 0;
   std::int32_t line = 0;
   std::uint32_t next_register = 0;
-  std::vector<std::int32_t> label_positions = {}; // by internal label; -1: not yet bound
+  std::vector<std::int32_t> label_positions = {};   // by internal label; -1: not yet bound
   std::map<std::int32_t, std::int32_t> labels = {}; // the file's label to the internal one
-  std::vector<std::int32_t> jumps = {};       // instructions whose target is an internal label
+  std::vector<std::int32_t> jumps = {}; // instructions whose target is an internal label
   std::size_t first_switch = 0;
 
   [[nodiscard]] const file::Node &node(file::NodeIndex index) const {
@@ -106,10 +108,20 @@ void evaluate_effect(Compiler &c, file::NodeIndex index);
 [[nodiscard]] Value convert(Compiler &c, Value value, TypeWord type);
 [[nodiscard]] std::uint16_t in_register(Compiler &c, const Value &value);
 [[nodiscard]] Value constant(std::uint32_t word, TypeWord type);
+// A real constant in a register of its own.
+[[nodiscard]] Value real_constant(Compiler &c, double number, TypeWord type);
+// Wraps the word in the register to a narrow type.
+void wrap(Compiler &c, std::uint16_t reg, TypeWord type);
+// The relation's truth as an int; the node must be a relation.
+[[nodiscard]] Value evaluate_relation(Compiler &c, const file::Node &node);
 // Jumps to label if the condition's truth is `when`, else goes on.
 void branch(Compiler &c, file::NodeIndex condition, Label label, bool when);
 // The word that the tree always yields, if it is plain enough.
 [[nodiscard]] bool constant_word(const Compiler &c, file::NodeIndex index, std::uint32_t &word);
+// The factor of PMCONV and PVCONV in bytes: their right operand is in bits.
+[[nodiscard]] std::uint32_t scale_bytes(std::uint32_t bits);
+// Value of LCON's decimal text.
+[[nodiscard]] std::uint32_t parse_long_constant(const std::string &text);
 [[nodiscard]] bool parse_real(const std::string &text, double &number);
 [[nodiscard]] std::uint32_t wrapped(std::uint32_t word, TypeWord type);
 

@@ -10,9 +10,9 @@ namespace velkor::run {
 
 namespace {
 
-constexpr int fill_pattern = 0xA5;           // of autos without a value; no valid address
-constexpr std::uint32_t native_room = 4096;  // bytes of stack that stay free for callbacks
-constexpr int deepest_nesting = 2000;        // of interpreters inside native routines
+constexpr int fill_pattern = 0xA5;          // of autos without a value; no valid address
+constexpr std::uint32_t native_room = 4096; // bytes of stack that stay free for callbacks
+constexpr int deepest_nesting = 2000;       // of interpreters inside native routines
 
 std::int32_t as_signed(std::uint32_t word) {
   return static_cast<std::int32_t>(word);
@@ -80,8 +80,7 @@ Field unpack_field(std::int32_t packed) {
 
 std::uint32_t cut_to_field(const Field &field, std::uint32_t word) {
   const unsigned unused = 32 - field.width;
-  return field.is_signed ? as_word(as_signed(word << unused) >> unused)
-                         : word << unused >> unused;
+  return field.is_signed ? as_word(as_signed(word << unused) >> unused) : word << unused >> unused;
 }
 
 std::uint32_t load_field(Memory &memory, Address address, std::int32_t packed) {
@@ -123,18 +122,16 @@ std::int32_t switch_target(const SwitchTable &table, std::int32_t value) {
 
 void report_access(Machine &machine, const std::string &name, std::int32_t packed,
                    std::int32_t offset) {
-  std::string line = "volatile: ";
-  line += (packed & 1) != 0 ? "w " : "r ";
-  line += name;
-  if (offset != 0) line += "+" + std::to_string(offset);
-  line += " " + std::to_string(packed >> 1 & 127) + "\n";
+  std::string line = (packed & 1) != 0 ? "volatile: w " : "volatile: r ";
+  line.append(name);
+  if (offset != 0) line.append("+").append(std::to_string(offset));
+  line.append(" ").append(std::to_string(packed >> 1 & 127)).append("\n");
   write_error_output(machine, line);
 }
 
 void report_access_at(Machine &machine, Address address, std::int32_t packed) {
   for (const auto &[name, object] : machine.program.objects) {
-    if (!object.is_volatile || address < object.address ||
-        address - object.address >= object.bytes)
+    if (!object.is_volatile || address < object.address || address - object.address >= object.bytes)
       continue;
     report_access(machine, name, packed, static_cast<std::int32_t>(address - object.address));
     return;
@@ -201,15 +198,15 @@ void call_native(Machine &machine, std::int32_t number, Address arguments, std::
 }
 
 // Number of the function that a handle stands for, or -1; native: that of a native routine.
-std::int32_t function_of_handle(const Machine &machine, Address handle, std::int32_t &native_number) {
+std::int32_t function_of_handle(const Machine &machine, Address handle,
+                                std::int32_t &native_number) {
   native_number = -1;
   if (handle < first_function_handle || handle % 4 != 0) return -1;
   if (handle < first_native_handle) {
     const std::uint32_t number = (handle - first_function_handle) / 4;
     return number < machine.program.functions.size() ? as_signed(number) : -1;
   }
-  if (handle < first_missing_handle)
-    native_number = as_signed((handle - first_native_handle) / 4);
+  if (handle < first_missing_handle) native_number = as_signed((handle - first_native_handle) / 4);
   return -1;
 }
 
@@ -282,13 +279,12 @@ template <bool Counting> Register run_loop(Machine &machine) {
     if (steps_left < 0) go_to(static_cast<std::int32_t>(next - code));
   };
   const auto call_to_native = [&](const Instruction &i, std::int32_t number) {
-    steps_left -= next - straight;
-    straight = next;
-    machine.steps_left = steps_left;
+    machine.steps_left = steps_left - (next - straight);
     Register result;
     result.real = 0;
     call_native(machine, number, frame_end(machine.calls.back()), as_word(i.target), result);
     steps_left = machine.steps_left;
+    straight = next;
     take_registers();
     r[i.dst] = result;
     result_block = 0;
@@ -373,13 +369,9 @@ template <bool Counting> Register run_loop(Machine &machine) {
         r[i.dst].word = as_signed(r[i.lhs].word) < 0 ? 0u - r[i.lhs].word : r[i.lhs].word;
         break;
 
-      case Op::WRAP_I8:
-        r[i.dst].word = as_word(static_cast<std::int8_t>(r[i.lhs].word));
-        break;
+      case Op::WRAP_I8: r[i.dst].word = as_word(static_cast<std::int8_t>(r[i.lhs].word)); break;
       case Op::WRAP_U8: r[i.dst].word = static_cast<std::uint8_t>(r[i.lhs].word); break;
-      case Op::WRAP_I16:
-        r[i.dst].word = as_word(static_cast<std::int16_t>(r[i.lhs].word));
-        break;
+      case Op::WRAP_I16: r[i.dst].word = as_word(static_cast<std::int16_t>(r[i.lhs].word)); break;
       case Op::WRAP_U16: r[i.dst].word = static_cast<std::uint16_t>(r[i.lhs].word); break;
 
       case Op::SET_EQ: r[i.dst].word = related<0>(r[i.lhs].word, r[i.rhs].word); break;
@@ -487,9 +479,7 @@ template <bool Counting> Register run_loop(Machine &machine) {
       case Op::LOAD_FRAME_DOUBLE: r[i.dst].real = load(frame + i.imm, double{}); break;
       case Op::LOAD_FIXED_I8: r[i.dst].word = as_word(load(memory + i.imm, std::int8_t{})); break;
       case Op::LOAD_FIXED_U8: r[i.dst].word = load(memory + i.imm, std::uint8_t{}); break;
-      case Op::LOAD_FIXED_I16:
-        r[i.dst].word = as_word(load(memory + i.imm, std::int16_t{}));
-        break;
+      case Op::LOAD_FIXED_I16: r[i.dst].word = as_word(load(memory + i.imm, std::int16_t{})); break;
       case Op::LOAD_FIXED_U16: r[i.dst].word = load(memory + i.imm, std::uint16_t{}); break;
       case Op::LOAD_FIXED_WORD: load_word(i, memory + i.imm); break;
       case Op::LOAD_FIXED_SINGLE: single_result(i, load(memory + i.imm, float{})); break;
@@ -565,8 +555,8 @@ template <bool Counting> Register run_loop(Machine &machine) {
         store(memory + frame_end(machine.calls.back()) + i.imm, r[i.lhs].real);
         break;
       case Op::ARGUMENT_BLOCK:
-        copy_block(machine.memory, frame_end(machine.calls.back()) + as_word(i.imm),
-                   r[i.lhs].word, as_word(i.target));
+        copy_block(machine.memory, frame_end(machine.calls.back()) + as_word(i.imm), r[i.lhs].word,
+                   as_word(i.target));
         break;
       case Op::RESULT_BLOCK:
         result_block = r[i.lhs].word;

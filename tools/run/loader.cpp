@@ -13,6 +13,16 @@ std::string_view c_name(std::string_view name) {
   return name.starts_with('_') ? name.substr(1) : name;
 }
 
+bool is_volatile_object(const file::Symbol &record) {
+  TypeWord type = record.stype;
+  std::uint32_t qualifiers = record.squal;
+  while (is_array(type)) {
+    type = underived(type);
+    qualifiers = underived(qualifiers);
+  }
+  return is_volatile_value(type, qualifiers);
+}
+
 namespace {
 
 constexpr std::uint32_t largest_object = 1u << 30; // bytes
@@ -87,8 +97,8 @@ void scan_tree(Loader &loader, file::NodeIndex root) {
     if (refers_to_symbol(node.op)) {
       loader.program.node_symbol[position] = find_symbol(loader, node.level, node.index);
       if (loader.program.node_symbol[position] == nullptr)
-        loader.fail("no symbol (" + std::to_string(node.level) + ", " +
-                    std::to_string(node.index) + ")");
+        loader.fail("no symbol (" + std::to_string(node.level) + ", " + std::to_string(node.index) +
+                    ")");
     } else if (node.op == LABELREF && loader.in_function) {
       loader.label_references.emplace(node.value, loader.line);
     } else if (node.op == LOOP) {
@@ -150,9 +160,7 @@ void add_symbol(Loader &loader, const file::Symbol &record) {
   case C_STAT:
   case C_EXTDEF:
   case C_USTATIC:
-  case C_GLOBALREG:
-    loader.statics.push_back(&symbol);
-    break;
+  case C_GLOBALREG: loader.statics.push_back(&symbol); break;
   case C_STATREG:
   case C_EXTREG:
     loader.statics.push_back(&symbol);
@@ -174,7 +182,8 @@ void add_symbol(Loader &loader, const file::Symbol &record) {
   default: break;
   }
   if (record.has_value) {
-    for (const file::NodeIndex tree : record.value) scan_tree(loader, tree);
+    for (const file::NodeIndex tree : record.value)
+      scan_tree(loader, tree);
     const int owner =
         loader.in_function ? static_cast<int>(loader.program.functions.size()) - 1 : -1;
     loader.program.initial_values.push_back({&symbol, owner});
@@ -276,14 +285,7 @@ void collect_objects(Loader &loader) {
     object.alignment = std::max(object.alignment, object_alignment(record));
     object.defined = object.defined || defines_object(record);
     object.has_value = object.has_value || record.has_value;
-    // Volatile at any level of an array, or of the object itself.
-    TypeWord type = record.stype;
-    std::uint32_t qualifiers = record.squal;
-    while (is_array(type)) {
-      type = underived(type);
-      qualifiers = underived(qualifiers);
-    }
-    object.is_volatile = object.is_volatile || is_volatile_value(type, qualifiers);
+    object.is_volatile = object.is_volatile || is_volatile_object(record);
     if (record.sclass == C_STATREG || record.sclass == C_EXTREG) {
       object.in_group = true;
       object.group_offset = static_cast<std::uint32_t>(record.offset) / 8;

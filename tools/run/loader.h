@@ -64,7 +64,7 @@ struct InitialValue {
 
 struct Program {
   const file::IcodeFile *file = nullptr;
-  std::deque<SymbolInfo> symbols; // addresses of the elements are stable
+  std::deque<SymbolInfo> symbols;              // addresses of the elements are stable
   std::vector<const SymbolInfo *> node_symbol; // by position of the node; null: no reference
   std::vector<FunctionSource> functions;
   std::map<std::string, int, std::less<>> function_by_name;
@@ -84,6 +84,9 @@ void load(const file::IcodeFile &file, Program &program, Memory &memory);
 
 // The name without its leading underscore, for messages.
 [[nodiscard]] std::string_view c_name(std::string_view name);
+
+// True when the object, or the elements of the array that it is, are volatile.
+[[nodiscard]] bool is_volatile_object(const file::Symbol &record);
 
 [[nodiscard]] constexpr std::uint32_t round_up(std::uint32_t value, std::uint32_t unit) {
   return (value + unit - 1) / unit * unit;

@@ -48,6 +48,7 @@ struct Machine {
 
   // The native library.
   std::string output; // not yet written
+  bool output_failed = false;
   std::vector<Address> exit_routines;
   std::uint32_t random_state = 1;
   Address token_position = 0; // of strtok

@@ -97,7 +97,7 @@ private:
   Address heap_begin_ = 0;
   Address heap_end_ = 0; // of what has ever been given out
   // Kept outside the target's memory, where no stray store of the program can reach it.
-  std::unordered_map<Address, std::uint32_t> blocks_;           // address to size asked for
+  std::unordered_map<Address, std::uint32_t> blocks_;          // address to size asked for
   std::map<std::uint32_t, std::vector<Address>> free_by_size_; // rounded size to free blocks
 };
 

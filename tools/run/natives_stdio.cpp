@@ -73,8 +73,7 @@ Conversion parse_conversion(std::string_view format, std::size_t &position, Nati
   while (peek() == 'h' || peek() == 'l' || peek() == 'L') {
     conversion.length = peek() == 'h' && conversion.length == 'h' ? 'H' : peek();
     ++position;
-    if (conversion.length == 'l' && peek() == 'l')
-      throw Fault{"a format with a 64-bit conversion"};
+    if (conversion.length == 'l' && peek() == 'l') throw Fault{"a format with a 64-bit conversion"};
   }
   if (peek() == 0) throw Fault{"a format that ends inside a conversion"};
   conversion.letter = format[position++];
@@ -86,7 +85,7 @@ template <typename T>
 void append_formatted(std::string &out, const Conversion &conversion, const char *letter, T value) {
   std::string format = "%" + conversion.flags;
   if (conversion.width >= 0) format += std::to_string(conversion.width);
-  if (conversion.precision >= 0) format += "." + std::to_string(conversion.precision);
+  if (conversion.precision >= 0) format.append(".").append(std::to_string(conversion.precision));
   format += letter;
   const int length = std::snprintf(nullptr, 0, format.c_str(), value);
   if (length <= 0) return;
@@ -151,9 +150,9 @@ void append_conversion(std::string &out, const Conversion &conversion, NativeCal
     break;
   }
   case 's':
-    append_text(out, conversion,
-                text_argument(arguments.machine.memory, arguments.next_word(),
-                              conversion.precision));
+    append_text(
+        out, conversion,
+        text_argument(arguments.machine.memory, arguments.next_word(), conversion.precision));
     break;
   case 'p': {
     const std::uint32_t address = arguments.next_word();
@@ -170,8 +169,7 @@ void append_conversion(std::string &out, const Conversion &conversion, NativeCal
   case 'G':
   case 'a':
   case 'A': append_formatted(out, conversion, letter, arguments.next_double()); break;
-  default:
-    throw Fault{std::string("a format with the unknown conversion %") + conversion.letter};
+  default: throw Fault{std::string("a format with the unknown conversion %") + conversion.letter};
   }
 }
 
@@ -338,13 +336,13 @@ void native_fgets(NativeCall &call) {
 }
 
 constexpr Native natives[] = {
-    {"printf", native_printf},     {"fprintf", native_fprintf},   {"vprintf", native_vprintf},
-    {"vfprintf", native_vfprintf}, {"sprintf", native_sprintf},   {"snprintf", native_snprintf},
-    {"vsprintf", native_vsprintf}, {"vsnprintf", native_vsnprintf},
-    {"putchar", native_putchar},   {"putc", native_fputc},        {"fputc", native_fputc},
-    {"puts", native_puts},         {"fputs", native_fputs},       {"fwrite", native_fwrite},
-    {"fflush", native_fflush},     {"getchar", native_getchar},   {"getc", native_fgetc},
-    {"fgetc", native_fgetc},       {"fgets", native_fgets},
+    {"printf", native_printf},     {"fprintf", native_fprintf},     {"vprintf", native_vprintf},
+    {"vfprintf", native_vfprintf}, {"sprintf", native_sprintf},     {"snprintf", native_snprintf},
+    {"vsprintf", native_vsprintf}, {"vsnprintf", native_vsnprintf}, {"putchar", native_putchar},
+    {"putc", native_fputc},        {"fputc", native_fputc},         {"puts", native_puts},
+    {"fputs", native_fputs},       {"fwrite", native_fwrite},       {"fflush", native_fflush},
+    {"getchar", native_getchar},   {"getc", native_fgetc},          {"fgetc", native_fgetc},
+    {"fgets", native_fgets},
 };
 
 } // namespace

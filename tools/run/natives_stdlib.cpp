@@ -134,7 +134,9 @@ void give_integer(NativeCall &call, bool is_unsigned) {
   }
   const ParsedInteger parsed = parse_integer(memory.text(start), base);
   if (end_place != 0) memory.write(end_place, start + static_cast<Address>(parsed.end));
-  const std::uint64_t limit = is_unsigned ? 0xFFFFFFFFu : parsed.negative ? 0x80000000u : 0x7FFFFFFFu;
+  const std::uint64_t limit = is_unsigned       ? 0xFFFFFFFFu
+                              : parsed.negative ? 0x80000000u
+                                                : 0x7FFFFFFFu;
   if (parsed.too_large || parsed.magnitude > limit) {
     set_errno(call.machine, ERANGE);
     call.give(static_cast<std::uint32_t>(limit));

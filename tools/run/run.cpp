@@ -23,15 +23,15 @@ constexpr std::uint32_t largest_stack = 16u << 20;
 // usual thread has. Only what is touched costs anything.
 constexpr std::size_t host_stack_bytes = std::size_t{1} << 30;
 
-void write_to(const std::function<void(std::string_view)> &sink, std::FILE *file,
+// False when the text could not be written.
+bool write_to(const std::function<void(std::string_view)> &sink, std::FILE *file,
               std::string_view text) {
-  if (text.empty()) return;
+  if (text.empty()) return true;
   if (sink) {
     sink(text);
-    return;
+    return true;
   }
-  std::fwrite(text.data(), 1, text.size(), file);
-  std::fflush(file);
+  return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
 }
 
 // argv, its strings and the arguments of main in the program's memory.
@@ -79,9 +79,9 @@ void dump_globals(Machine &machine) {
 
 const char *class_name(OperationClass operation_class) {
   constexpr std::array<const char *, operation_class_count> names = {
-      "none",       "additive",   "multiplication", "division",     "bitwise", "shift",
-      "floating",   "comparison", "conversion",     "local_reads",  "local_writes",
-      "loads",      "stores",     "block_copies",   "branches",     "calls"};
+      "none",     "additive",     "multiplication", "division",    "bitwise",      "shift",
+      "floating", "comparison",   "conversion",     "local_reads", "local_writes", "loads",
+      "stores",   "block_copies", "branches",       "calls"};
   return names[static_cast<std::size_t>(operation_class)];
 }
 
@@ -110,8 +110,7 @@ int run_main(Machine &machine, const std::vector<std::uint32_t> &arguments) {
   (void)execute_function(machine, initial_values, machine.stack_top, 0);
   int status = 0;
   try {
-    const Address handle =
-        first_function_handle + 4 * static_cast<Address>(main_function->second);
+    const Address handle = first_function_handle + 4 * static_cast<Address>(main_function->second);
     status = static_cast<int>(call_function(machine, handle, arguments) & 255);
   } catch (const ProgramExit &end) {
     status = end.status;
@@ -129,7 +128,8 @@ struct Run {
 
 void execute(Run &run) {
   const RunOptions &options = run.options;
-  const std::uint32_t megabytes = std::clamp(options.memory_megabytes, 1u, largest_memory_megabytes);
+  const std::uint32_t megabytes =
+      std::clamp(options.memory_megabytes, 1u, largest_memory_megabytes);
   Machine machine(megabytes << 20);
   machine.options = &options;
   const std::int64_t step_limit =
@@ -137,6 +137,7 @@ void execute(Run &run) {
           ? std::numeric_limits<std::int64_t>::max()
           : static_cast<std::int64_t>(options.max_steps);
   machine.steps_left = step_limit;
+  run.result.file_error = true; // until the program runs
   try {
     load(run.file, machine.program, machine.memory);
     std::vector<std::uint32_t> arguments;
@@ -144,6 +145,7 @@ void execute(Run &run) {
     machine.memory.place_stack(std::min(largest_stack, (megabytes << 20) / 4));
     machine.stack_top = machine.memory.stack_begin();
     compile_program(machine.program, machine.memory, machine.code, options.trace_volatile);
+    run.result.file_error = false;
     run.result.status = run_main(machine, arguments);
     if (options.dump_globals) dump_globals(machine);
   } catch (const ProgramExit &end) {
@@ -153,6 +155,10 @@ void execute(Run &run) {
     run.result.error = fault.message;
   }
   flush_output(machine);
+  if (machine.output_failed && run.result.error.empty()) {
+    run.result.status = status_error;
+    run.result.error = "the output could not be written";
+  }
   if (options.count) collect_counts(machine, step_limit, run.result.counts);
 }
 
@@ -161,9 +167,9 @@ void *execute_thread(void *argument) {
   try {
     execute(run);
   } catch (const Fault &fault) {
-    run.result = {fault.status, fault.message, {}};
+    run.result = {fault.status, fault.message, false, {}};
   } catch (const std::bad_alloc &) {
-    run.result = {status_error, "no room left on the host", {}};
+    run.result = {status_error, "no room left on the host", false, {}};
   }
   return nullptr;
 }
@@ -171,8 +177,9 @@ void *execute_thread(void *argument) {
 } // namespace
 
 void flush_output(Machine &machine) {
-  write_to(machine.options->output, stdout, machine.output);
+  const bool written = write_to(machine.options->output, stdout, machine.output);
   machine.output.clear();
+  if (!written) machine.output_failed = true;
 }
 
 void write_output(Machine &machine, std::string_view text) {
@@ -182,7 +189,7 @@ void write_output(Machine &machine, std::string_view text) {
 
 void write_error_output(Machine &machine, std::string_view text) {
   flush_output(machine);
-  write_to(machine.options->error_output, stderr, text);
+  (void)write_to(machine.options->error_output, stderr, text); // nowhere to complain
 }
 
 RunResult run_program(const file::IcodeFile &file, const RunOptions &options) {
@@ -198,7 +205,7 @@ RunResult run_program(const file::IcodeFile &file, const RunOptions &options) {
     stack_bytes /= 2; // a host with tight limits
   } while (failure != 0 && stack_bytes >= (std::size_t{1} << 20));
   pthread_attr_destroy(&attributes);
-  if (failure != 0) return {status_error, "no room left on the host", {}};
+  if (failure != 0) return {status_error, "no room left on the host", false, {}};
   pthread_join(thread, nullptr);
   return run.result;
 }

@@ -37,13 +37,14 @@ struct RunCounts {
   std::uint64_t steps = 0; // executed instructions of the flat form
 };
 
-inline constexpr int status_error = 125;         // the program or the file is at fault
-inline constexpr int status_out_of_steps = 124;  // max_steps were not enough
-inline constexpr int status_aborted = 134;       // abort, or an assertion that does not hold
+inline constexpr int status_error = 125;        // the program or the file is at fault
+inline constexpr int status_out_of_steps = 124; // max_steps were not enough
+inline constexpr int status_aborted = 134;      // abort, or an assertion that does not hold
 
 struct RunResult {
   int status = 0;    // as a shell shows it
   std::string error; // one line without "velkor-run: error: "; empty if the program ended by itself
+  bool file_error = false; // the error is one of the file, found before the program ran
   RunCounts counts;
 };
 

@@ -2,19 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <unordered_map>
 
+#include "bridge/node_text.h"
 #include "core/state.h"
-#include "file/icode_file.h"
-#include "icode/format.h"
-#include "text/text.h"
 
 namespace velkor::tool {
 namespace {
 
 // Symbols that the function's trees refer to, by level 0 to 2.
-using SymbolsByLevel = std::array<std::vector<const SYM *>, 3>;
+using SymbolsByLevel = std::array<std::vector<SYM *>, 3>;
 
 std::size_t level_of(const SYM *sym) {
   return static_cast<std::size_t>(std::clamp<int>(sym->level, 0, 2));
@@ -44,112 +40,34 @@ template <typename Visit> void for_each_statement(const Visit &visit) {
   std::for_each(cells.rbegin(), cells.rend(), visit);
 }
 
-file::Symbol symbol_record(const SYM *sym) {
-  file::Symbol record;
-  record.name = sym->name;
-  record.size = sym->size;
-  record.sclass = sym->sclass;
-  record.stype = sym->stype;
-  record.squal = sym->squal;
-  record.align = sym->align;
-  return record;
+std::string statement_text(const NODE *node, const bridge::SymbolScope &symbols) {
+  const auto tree = [&](const NODE *part) { return bridge::tree_to_text(part, symbols); };
+  switch (node->op) {
+  case LABELDEF: return 'L' + std::to_string(node->label->index) + ':';
+  case ASM: return "  assembly " + std::string(node->aux.text);
+  case PPRAGMA: return "  pragma " + std::to_string(node->u.lval >> 8 & 255);
+  case LIVEINFO: return "  live_registers";
+  case IF:
+    return "  if " + tree(node->left) + " then " + tree(node->right->left) + " else " +
+           tree(node->right->right);
+  default: return "  " + tree(node);
+  }
 }
 
-class Printer {
-public:
-  Printer() {
-    SymbolsByLevel symbols;
-    for_each_statement([&](const LIST *cell) {
-      for_each_node(cell->item, [&](const NODE *node) {
-        if (has_symbol(node) && node->u.sym && known_.try_emplace(node->u.sym).second)
-          symbols[level_of(node->u.sym)].push_back(node->u.sym);
-      });
+// The symbols that the function's trees refer to.
+bridge::SymbolScope function_symbols() {
+  SymbolsByLevel symbols;
+  for_each_statement([&](const LIST *cell) {
+    for_each_node(cell->item, [&](const NODE *node) {
+      if (has_symbol(node) && node->u.sym) symbols[level_of(node->u.sym)].push_back(node->u.sym);
     });
-    for (std::size_t level = 0; level < symbols.size(); ++level) {
-      if (level == 1) scopes_.follow(MARKER_BF);
-      if (level == 2) scopes_.follow(MARKER_EA);
-      for (const SYM *sym : symbols[level])
-        known_[sym] = scopes_.add(symbol_record(sym));
-    }
-  }
-
-  std::vector<std::string> lines() {
-    std::vector<std::string> result;
-    for (const BB *block = state.first_bb; block; block = block->next) {
-      for (const LABEL *label = block->labels; label; label = label->next)
-        result.push_back('L' + std::to_string(label->index) + ':');
-      for (const LIST *cell = block->trees; cell; cell = cell->next)
-        result.push_back(statement(cell->item));
-    }
-    if (!state.first_bb)
-      for_each_statement([&](const LIST *cell) { result.push_back(statement(cell->item)); });
-    return result;
-  }
-
-private:
-  std::string statement(const NODE *node) {
-    switch (node->op) {
-    case LABELDEF: return 'L' + std::to_string(node->label->index) + ':';
-    case ASM: return "  asm " + std::string(node->aux.text);
-    case PPRAGMA: return "  pragma";
-    case LIVEINFO: return "  live_registers";
-    case IF:
-      return "  if " + tree(node->left) + " then " + tree(node->right->left) + " else " +
-             tree(node->right->right);
-    default: return "  " + tree(node);
-    }
-  }
-
-  std::string tree(const NODE *node) {
-    file::IcodeFile file;
-    const file::NodeIndex root = convert(node, file);
-    return text::tree_to_text(file, root, scopes_);
-  }
-
-  // A subtree that is shared between expressions prints in full at each of its places.
-  static const NODE *look_through(const NODE *node) {
-    while (node && (node->op == CSE_DUPE || node->op == CSE_ORIG))
-      node = node->right;
-    return node;
-  }
-
-  file::NodeIndex convert(const NODE *node, file::IcodeFile &file) {
-    node = look_through(node);
-    if (!node) return file::no_node;
-    file::Node record;
-    record.op = node->op;
-    record.type = node->type;
-    record.qual = file_qualifier(node);
-    record.value = node->op == LABELREF && node->aux.label ? node->aux.label->index : node->u.lval;
-    record.size = node->depnum;
-    set_texts(node, record);
-    if (has_symbol(node)) {
-      const text::Reference place = node->u.sym ? known_[node->u.sym] : text::Reference{};
-      record.level = static_cast<std::int16_t>(place.level);
-      record.index = static_cast<std::int16_t>(place.index);
-    }
-    record.left = convert(node->left, file);
-    record.right = convert(node->right, file);
-    return file.add(std::move(record));
-  }
-
-  static std::uint8_t file_qualifier(const NODE *node) {
-    if (node->op == CALL || node->op == STCALL) return node->qual;
-    return static_cast<std::uint8_t>(is_derived(node->type) ? node->qual >> 4 & 3 : node->qual & 3);
-  }
-
-  static void set_texts(const NODE *node, file::Node &record) {
-    if (node->op == SCON)
-      record.text.assign(node->aux.text, static_cast<std::size_t>(node->u.lval));
-    else if (node->op == FCON)
-      record.text = node->aux.text;
-    else if (opcode_table[node->op].fields == RecordFields::TEXT && node->u.name)
-      record.text = node->u.name;
-  }
-
-  text::Scopes scopes_;
-  std::unordered_map<const SYM *, text::Reference> known_;
-};
+  });
+  bridge::SymbolScope scope;
+  for (const auto &level : symbols)
+    for (SYM *sym : level)
+      scope.add(sym);
+  return scope;
+}
 
 // Lengths of longest common subsequences of the tails of two line lists.
 class CommonLines {
@@ -186,7 +104,18 @@ void add_line(std::string &out, char sign, const std::string &line) {
 } // namespace
 
 std::vector<std::string> function_text() {
-  return Printer().lines();
+  const bridge::SymbolScope symbols = function_symbols();
+  std::vector<std::string> lines;
+  for (const BB *block = state.first_bb; block; block = block->next) {
+    for (const LABEL *label = block->labels; label; label = label->next)
+      lines.push_back('L' + std::to_string(label->index) + ':');
+    for (const LIST *cell = block->trees; cell; cell = cell->next)
+      lines.push_back(statement_text(cell->item, symbols));
+  }
+  if (!state.first_bb)
+    for_each_statement(
+        [&](const LIST *cell) { lines.push_back(statement_text(cell->item, symbols)); });
+  return lines;
 }
 
 std::string difference(const std::vector<std::string> &before,

@@ -108,6 +108,7 @@ int main(void)
     x[3] = 100;
     sort(x, N);
     printf("%.6g %.6g %.6g\n", x[0], x[5], x[N - 1]);
-    printf("%d %d\n", quantize(a, small, N), small[N - 1]);
+    printf("%d", quantize(a, small, N));
+    printf(" %d\n", small[N - 1]);
     return 0;
 }

@@ -96,6 +96,7 @@ int main(void)
     reverse(chars, chars + 11);
     printf("%s\n", chars);
     printf("%d\n", types_of_index(ints + 5, -5, 7, 3, 10u, 20L));
-    printf("%d %d\n", conditional(two, other, 1), conditional(two, other, 0));
+    printf("%d", conditional(two, other, 1));
+    printf(" %d\n", conditional(two, other, 0));
     return 0;
 }

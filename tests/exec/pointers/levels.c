@@ -25,7 +25,7 @@ static int sum_cube(int c[][3][4], int n)
 }
 
 static void redirect(int **p, int *to) { *p = to; }
-static void redirect_twice(int ***p, int **to) { **p = **to + *to - *to; *p = to; }
+static void redirect_twice(int ***p, int **to) { ***p += **to; *p = to; }
 static void swap(const char **a, const char **b) { const char *t = *a; *a = *b; *b = t; }
 
 static int compare(const char *a, const char *b)
@@ -66,8 +66,9 @@ int main(void)
     *p += 100;
     printf("%d %d %d %d\n", a, b, **pp, *p == *q);
     redirect(&p, &a);
-    redirect_twice(&ppp, qq == &q ? qq : pp);
-    printf("%d %d\n", **pp, ***ppp);
+    redirect_twice(&pp, qq);
+    redirect_twice(ppp != &pp ? 0 : &qq, &p);
+    printf("%d %d %d %d %d\n", a, b, **pp, **qq, ***ppp);
     printf("%d %d\n", sum_rows(matrix, 3), sum_rows(matrix + 1, 1));
     for (i = 0; i < 24; i++)
         cube[i / 12][i / 4 % 3][i % 4] = i;

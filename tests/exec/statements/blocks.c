@@ -90,8 +90,10 @@ static void only_effects(int *p)
 int main(void)
 {
     int value = 200;
-    printf("%d %d\n", hidden(2), hidden(3));
-    printf("%d %d\n", in_order(), calls);
+    printf("%d", hidden(2));
+    printf(" %d\n", hidden(3));
+    printf("%d", in_order());
+    printf(" %d\n", calls);
     printf("%d\n", fresh_each_time());
     printf("%d\n", swap_chain(1, 2, 3));
     only_effects(&value);

@@ -77,11 +77,13 @@ int main(void)
     all[3] = &defined_later;
     printf("%d\n", read_all());
     write_all(5);
-    printf("%d %d\n", read_all(), block_extern());
+    printf("%d", read_all());
+    printf(" %d\n", block_extern());
     through_pointers(all, 4);
     printf("%d\n", read_all());
     printf("%d\n", kept_in_register(10));
-    printf("%d %d\n", spill(3), tentative);
+    printf("%d", spill(3));
+    printf(" %d\n", tentative);
     for (i = 0; i < 4; i++)
         array_later[i] = i + *all[i];
     printf("%d %d %d\n", array_later[0], array_later[3], (int)(sizeof array_later / sizeof array_later[0]));

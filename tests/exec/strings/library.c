@@ -41,8 +41,9 @@ int main(void)
     memmove(bytes, bytes + 1, 7);
     printf(" %02x%02x%02x %d\n", bytes[0], bytes[1], bytes[6], at(memchr(bytes, 3, 8), (char *)bytes));
     printf("%d %d %ld %ld\n", atoi("  42x"), atoi("-17"), atol("123456789"), strtol("0x1F", 0, 0));
-    printf("%ld %ld %lu\n", strtol("777", &p, 8), strtol("-zz!", &p, 36), strtoul("4294967295", 0, 10));
-    printf("%s %g %g\n", p, atof("2.5e3"), strtod("  -0.125abc", &p));
+    printf("%ld %ld %lu\n", strtol("777", 0, 8), strtol("-zz!", &p, 36), strtoul("4294967295", 0, 10));
+    printf("%s ", p);
+    printf("%g %g\n", atof("2.5e3"), strtod("  -0.125abc", &p));
     printf("%s\n", p);
     printf("%d %ld\n", abs(-5), labs(-123456L));
     sprintf(a, "%d|%s|%c", 12, "in", 'c');

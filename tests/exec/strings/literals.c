@@ -1,4 +1,5 @@
 /* Literals: escapes, concatenation, embedded zeros, as arrays and pointers, indexing and sizeof. */
+#include <stddef.h>
 #include <stdio.h>
 #include <string.h>
 

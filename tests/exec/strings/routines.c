@@ -99,7 +99,8 @@ static void classes(void)
 int main(void)
 {
     char a[64] = "start", b[64];
-    printf("%s %d %d\n", join(join(a, "-middle"), "-end"), length(a), compare(a, "start-middle"));
+    join(join(a, "-middle"), "-end");
+    printf("%s %d %d\n", a, length(a), compare(a, "start-middle"));
     printf("%s %d\n", find(a, 'm'), find(a, 'z') == 0);
     reverse(a);
     printf("%s\n", copy(b, a));

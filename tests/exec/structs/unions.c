@@ -84,7 +84,8 @@ int main(void)
     show(v);
     printf("%d %d\n", v[3].u.p.x, v[3].u.p.y);
     w.u = 77;
-    printf("%d %x\n", interleaved(&w, 20), w.u);
+    printf("%d", interleaved(&w, 20));
+    printf(" %x\n", w.u);
     printf("%d %d\n", (int)sizeof(union big), (int)sizeof v);
     return 0;
 }

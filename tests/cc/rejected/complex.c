@@ -1,0 +1,2 @@
+/* error: 2:17: the target cannot express type '_Complex double' */
+_Complex double z;

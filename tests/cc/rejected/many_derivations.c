@@ -1,0 +1,2 @@
+/* error: 2:20: type 'int ***************' has more than 14 derivations */
+int ***************too_deep;
