@@ -58,7 +58,7 @@ constexpr std::string_view template_mark = "__pt__";
 
 Position decode_class(Position p, bool last_only);
 Position decode_type_head(Position p, bool nested, bool space);
-Position decode_type_tail(Position p, bool nested);
+Position decode_type_tail(Position p, bool nested, Position base_end);
 Position decode_template_args(Position p);
 
 bool is_digit(char c) {
@@ -141,8 +141,8 @@ Position read_digit(Position p, unsigned &digit) {
 }
 
 Position decode_type(Position p) {
-  decode_type_head(p, false, false);
-  return decode_type_tail(p, false);
+  const Position base_end = decode_type_head(p, false, false);
+  return decode_type_tail(p, false, base_end);
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -402,8 +402,9 @@ Position decode_array_bound(Position p) {
   return expect(p, '_');
 }
 
-// The part of a declarator behind the name.
-Position decode_type_tail(Position p, bool nested) {
+// The part of a declarator behind the name. The base type ends at base_end, where the head found
+// its end: reading it again would double the work at each level of nested template arguments.
+Position decode_type_tail(Position p, bool nested, Position base_end) {
   const Step step;
   while (!decoder.failed) {
     const Position q = skip_qualifiers(p);
@@ -435,7 +436,7 @@ Position decode_type_tail(Position p, bool nested) {
       p = decode_array_bound(q + 1);
       nested = false;
       break;
-    default: return silently([&] { return decode_base_type(p); });
+    default: return base_end;
     }
   }
   return p;

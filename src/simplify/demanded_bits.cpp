@@ -78,8 +78,8 @@ NODE *keep_sign(NODE *operand, TypeWord type) {
 // ------------------------------------------------------------------------------------------------
 // Constants
 
-// Is one byte-aligned part of the word all there is in it?
-bool is_one_aligned_part(std::uint32_t word, std::uint32_t part, int step) {
+// Do the highest bits of the word fill one part of it, at that alignment?
+bool fills_top_part(std::uint32_t word, std::uint32_t part, int step) {
   for (; word != 0; word >>= step)
     if (word == part) return true;
   return false;
@@ -125,8 +125,8 @@ NODE *demand_constant(NODE *icon, std::uint32_t mask) {
       break;
     }
   const std::uint32_t holes = ~word & type_bits;
-  if (is_one_aligned_part(holes, value_mask(CHAR), 8) ||
-      is_one_aligned_part(holes, value_mask(SHORT), 16))
+  if (fills_top_part(holes, value_mask(CHAR), 8) ||
+      fills_top_part(holes, value_mask(SHORT), 16))
     return icon;
   word = fill_downward(word, demanded, sign >> 1);
   store(fill_upward(word, demanded, type_bits));

@@ -4,6 +4,7 @@
 #include "core/conversions.h"
 #include "core/nodes.h"
 #include "core/records.h"
+#include "simplify/rules.h"
 #include "simplify/simplify.h"
 
 namespace velkor {
@@ -48,8 +49,49 @@ inline void set_icon(NODE *icon, std::int32_t value, TypeWord wider_type) {
 // x op y  ->  (type of the node) x: erases y, which must have no effects; simplified.
 [[nodiscard]] inline NODE *convert_to_left(NODE *node) {
   if (node->right) node->right = erase_tree(node->right);
+  if (node->left->type == node->type) return replace_by_left(node);
   node->op = is_derived(node->type) ? PCONV : SCONV;
   return simplify_node(node);
+}
+
+inline void set_type(NODE *node, TypeWord type) {
+  node->type = static_cast<std::uint16_t>(type);
+}
+
+// (type) tree, simplified; takes the tree.
+[[nodiscard]] inline NODE *make_conversion(TypeWord type, NODE *tree) {
+  if (tree->type == type) return tree;
+  return simplify_node(make_node(is_derived(type) ? PCONV : SCONV, tree, nullptr, type));
+}
+
+// Does a value of inner's type hold all bits of one of outer's? Where the operators only look at
+// low bits, an operand's own wrapping then does no harm.
+[[nodiscard]] inline bool is_as_wide(const NODE *inner, const NODE *outer) {
+  return value_width(inner->type) >= value_width(outer->type);
+}
+
+// A constant of a plain integer type, and so fit for folding?
+[[nodiscard]] inline bool is_integer_icon(const NODE *node) {
+  return node->op == ICON && is_integer(node->type);
+}
+
+[[nodiscard]] inline bool is_sum_or_difference(const NODE *node) {
+  return node->op == ADD || node->op == SUBTRACT;
+}
+
+// A plain integer type of a full word: its arithmetic is exact modulo 2^32, as a pointer's is.
+[[nodiscard]] inline bool is_word_integer(TypeWord type) {
+  return is_integer(type) && value_width(type) == 32;
+}
+
+[[nodiscard]] inline bool is_leaf(const NODE *node) {
+  return !node->left;
+}
+
+// A rule's last step: result, simplified, stands in the tree's place.
+inline Outcome finish(NODE *&tree, NODE *result) {
+  tree = simplify_node(result);
+  return Outcome::DONE;
 }
 
 } // namespace velkor

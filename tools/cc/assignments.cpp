@@ -39,7 +39,7 @@ bool must_expand(Unit &unit, const clang::CompoundAssignOperator *assignment) {
   // A narrow unsigned field is computed as int, but has an unsigned node.
   const clang::FieldDecl *field = target->getSourceBitField();
   const Opcode op = arithmetic_opcode(assignment->getOpcode());
-  return field != nullptr && bit_field_type(unit, field) == UNSIGNED &&
+  return field != nullptr && bit_field_type(field) == UNSIGNED &&
          computation->isSignedIntegerType() && (op == DIVIDE || op == REMAINDER);
 }
 

@@ -117,6 +117,9 @@ NodeIndex pointer_arithmetic(Unit &unit, const clang::BinaryOperator *binary) {
   if (!binary->getRHS()->getType()->isPointerType()) {
     return make_pointer_step(unit, SUBTRACT, left, right, step);
   }
+  if (step == 0) {
+    return unsupported(unit, binary, "elements of no size have no distance");
+  }
   const NodeIndex difference = make_binary(unit, SUBTRACT, INT, left, right);
   return make_binary(unit, PVCONV, INT, difference, make_integer(unit, INT, step));
 }

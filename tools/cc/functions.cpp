@@ -30,7 +30,7 @@ StorageClass parameter_class(const clang::FunctionDecl *function, unsigned numbe
 
 std::string parameter_name(const clang::ParmVarDecl *parameter, unsigned number) {
   return parameter->getName().empty() ? "_$p" + std::to_string(number)
-                                      : "_" + parameter->getName().str();
+                                      : underscored(parameter->getName());
 }
 
 // Makes the symbols of level 1, and the homes of level 2 from which the body reads all but the

@@ -128,7 +128,7 @@ bool add_to_image(Unit &unit, Image &image, const Leaf &leaf, bool file_level_on
   if (leaf.type->isRecordType()) {
     return false;
   }
-  const TypeWord type = leaf.field != nullptr ? TypeWord{bit_field_type(unit, leaf.field)}
+  const TypeWord type = leaf.field != nullptr ? TypeWord{bit_field_type(leaf.field)}
                                               : type_word(unit, leaf.type, where);
   const NodeIndex tree = constant_tree(unit, leaf, type, file_level_only, where);
   if (tree == no_node) {

@@ -65,7 +65,7 @@ Place member(Unit &unit, const clang::MemberExpr *expression) {
   result.type = type;
   result.bit_field = field->isBitField() ? field : nullptr;
   const std::uint16_t word =
-      field->isBitField() ? bit_field_type(unit, field) : node_type(unit, type, where);
+      field->isBitField() ? bit_field_type(field) : node_type(unit, type, where);
   const NodeIndex pointer = value_of(unit, expression->getBase());
   const NodeIndex name = make_member_name(unit, field);
   result.node = make_binary(unit, ARROW, word, pointer, name);
@@ -148,8 +148,8 @@ Place member_of(Unit &unit, const Place &object, const clang::FieldDecl *field, 
   Place result;
   result.type = type;
   result.bit_field = field->isBitField() ? field : nullptr;
-  const std::uint16_t word = field->isBitField() ? bit_field_type(unit, field)
-                                                 : node_type(unit, type, field->getLocation());
+  const std::uint16_t word =
+      field->isBitField() ? bit_field_type(field) : node_type(unit, type, field->getLocation());
   const NodeIndex name = make_member_name(unit, field);
   result.node = make_binary(unit, MEMBER, word, object.node, name);
   unit.file.nodes[result.node].qual = access_qualifiers(type, constant);

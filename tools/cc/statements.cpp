@@ -91,7 +91,7 @@ void declare_variable(Unit &unit, const clang::VarDecl *variable) {
     }
   } else {
     const bool in_register = variable->getStorageClass() == clang::SC_Register;
-    symbol = make_symbol(unit, "_" + variable->getName().str(), variable->getType(),
+    symbol = make_symbol(unit, underscored(variable->getName()), variable->getType(),
                          in_register ? C_REG : C_AUTO, false, where);
   }
   unit.function->variables[variable->getCanonicalDecl()] =

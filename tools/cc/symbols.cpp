@@ -10,10 +10,6 @@ namespace velkor::cc {
 
 namespace {
 
-std::string underscored(llvm::StringRef name) {
-  return "_" + name.str();
-}
-
 void check_name(Unit &unit, const std::string &name, SourceLocation where) {
   if (name.size() > max_name_bytes) {
     report_error(unit, where,
@@ -30,17 +26,6 @@ int add_slot(Unit &unit, Slot slot) {
   }
   unit.slots.push_back(std::move(slot));
   return static_cast<int>(unit.slots.size() - 1);
-}
-
-// The name itself when it is free, else with the first number that makes it so. Takes the name.
-std::string unique_file_name(Unit &unit, const std::string &name, bool always_numbered) {
-  std::string candidate = name;
-  for (int number = 1; always_numbered || unit.names.count(candidate) != 0; ++number) {
-    always_numbered = false;
-    candidate = name + "$" + std::to_string(number);
-  }
-  unit.names.insert(candidate);
-  return candidate;
 }
 
 std::string tag_name(Unit &unit, const clang::RecordDecl *record) {
@@ -85,7 +70,7 @@ int add_member(Unit &unit, const clang::FieldDecl *field, std::uint64_t offset, 
     slot.symbol.name = member_name(field);
     slot.symbol.size = static_cast<std::int32_t>(field->getBitWidthValue(unit.context));
     slot.symbol.sclass = C_FIELD;
-    slot.symbol.stype = bit_field_type(unit, field);
+    slot.symbol.stype = bit_field_type(field);
     slot.symbol.squal = field->getType().isVolatileQualified() ? 2 : 0;
     slot.symbol.align = max_alignment;
   } else {
@@ -125,6 +110,12 @@ StorageClass defined_class(bool external, bool defined) {
 }
 
 } // namespace
+
+std::string underscored(llvm::StringRef name) {
+  std::string result(1, '_');
+  result.append(name.data(), name.size());
+  return result;
+}
 
 file::Symbol make_symbol(Unit &unit, std::string name, QualType type, StorageClass storage,
                          bool constant_object, SourceLocation where) {
@@ -258,8 +249,9 @@ int anonymous_slot(Unit &unit, llvm::StringRef stem, file::Symbol symbol, Source
   slot.kind = SlotKind::VARIABLE;
   slot.where = where;
   slot.symbol = std::move(symbol);
-  slot.symbol.name =
-      unique_file_name(unit, "_$" + stem.str() + "$" + std::to_string(++unit.images), false);
+  do {
+    slot.symbol.name = "_$" + stem.str() + "$" + std::to_string(++unit.images);
+  } while (!unit.names.insert(slot.symbol.name).second);
   slot.symbol.sclass = C_STAT;
   return add_slot(unit, std::move(slot));
 }
@@ -325,7 +317,13 @@ SymbolReference make_temporary(Unit &unit, QualType type, SourceLocation where) 
 }
 
 std::string static_local_name(Unit &unit, llvm::StringRef name) {
-  return unique_file_name(unit, underscored(name), true);
+  // The letter keeps them apart from the numbered names of other local variables.
+  std::string candidate;
+  int number = 0;
+  do {
+    candidate = underscored(name) + "$s" + std::to_string(++number);
+  } while (!unit.names.insert(candidate).second);
+  return candidate;
 }
 
 void reserve_names(Unit &unit) {

@@ -7,6 +7,9 @@
 
 namespace velkor::cc {
 
+// The name of a C name's symbol: an underscore in front.
+[[nodiscard]] std::string underscored(llvm::StringRef name);
+
 // A record for an object or function of this type; offset, tag slot and class are filled in.
 [[nodiscard]] file::Symbol make_symbol(Unit &unit, std::string name, QualType type,
                                        StorageClass storage, bool constant_object,

@@ -110,7 +110,7 @@ std::uint16_t node_type(Unit &unit, QualType type, SourceLocation where) {
   return node_word(type_word(unit, type, where));
 }
 
-std::uint16_t bit_field_type(const Unit &, const clang::FieldDecl *field) {
+std::uint16_t bit_field_type(const clang::FieldDecl *field) {
   return field->getType()->isUnsignedIntegerOrEnumerationType() ? UNSIGNED : INT;
 }
 

@@ -16,7 +16,7 @@ namespace velkor::cc {
 }
 
 // The type word of the integer type that a bit field is computed in: int or unsigned.
-[[nodiscard]] std::uint16_t bit_field_type(const Unit &unit, const clang::FieldDecl *field);
+[[nodiscard]] std::uint16_t bit_field_type(const clang::FieldDecl *field);
 
 // Qualifier word of a symbol. Volatile stands at every level where C has it. Const is taken as
 // "never changes" by all who read it, so it is set only for constant_object, and there for the

@@ -125,14 +125,13 @@ void add_opt_command(CLI::App &app, OptRequests &requests) {
   command->add_option("-o,--output", requests.output, "output file (default: FILE with .opt)");
   add_level_options(command, requests.level, requests.letters);
   command->add_flag("--verify-each", requests.verify_each, "check the function behind each pass");
-  command->add_option("--stats", requests.statistics, "figures for each pass (text or json)")
-      ->expected(0, 1)
-      ->default_str("text")
-      ->check(CLI::IsMember({"text", "json"}));
+  // Flags, so that a file name behind them is not taken for their value.
   command
-      ->add_option("--dump-changed", requests.dump_function,
-                   "show what each pass changed (in one function: =NAME)")
-      ->expected(0, 1);
+      ->add_flag("--stats{text}", requests.statistics,
+                 "figures for each pass, --stats=json as JSON")
+      ->check(CLI::IsMember({"text", "json"}));
+  command->add_flag("--dump-changed{*}", requests.dump_function,
+                    "show what each pass changed; --dump-changed=NAME in one function");
   command->add_option("--limit", requests.limit, "stop optimizing after so many pass runs");
   command->add_flag("--time", requests.time, "print the time of the whole run");
 }
@@ -144,9 +143,9 @@ void add_run_command(CLI::App &app, RunRequests &requests) {
   command->add_option("ARGS", requests.arguments, "arguments of the program");
   add_compile_options(command, requests.compile);
   add_level_options(command, requests.level, requests.letters);
-  command->add_option("--stats", requests.statistics, "dynamic operation counts (text or json)")
-      ->expected(0, 1)
-      ->default_str("text")
+  command
+      ->add_flag("--stats{text}", requests.statistics,
+                 "dynamic operation counts, --stats=json as JSON")
       ->check(CLI::IsMember({"text", "json"}));
   command->add_option("--max-steps", requests.max_steps, "stop a run-away program");
 }
@@ -199,6 +198,5 @@ int main(int argc, char **argv) {
   if (name == "run") return run(run_requests);
   if (name == "dis") return run_text_tool("velkor-dis", dis_requests);
   if (name == "as") return run_text_tool("velkor-as", as_requests);
-  opt_requests.dump_changed = command->count("--dump-changed") > 0;
   return run_opt(opt_requests);
 }

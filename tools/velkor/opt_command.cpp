@@ -70,10 +70,8 @@ Measure measure() {
 }
 
 bool shows_function() {
-  const OptRequests &requests = watch.requests;
-  if (!requests.dump_changed) return false;
-  return requests.dump_function.empty() ||
-         (state.cur_fun && requests.dump_function == state.cur_fun->name);
+  const std::string &wanted = watch.requests.dump_function;
+  return wanted == "*" || (state.cur_fun && wanted == state.cur_fun->name);
 }
 
 bool is_writer(const Pass &pass) {
@@ -143,7 +141,7 @@ std::vector<std::string> command_line(const OptRequests &requests) {
 int run_opt(const OptRequests &requests) {
   watch = Watch{};
   watch.requests = requests;
-  const bool watches = !requests.statistics.empty() || requests.dump_changed;
+  const bool watches = !requests.statistics.empty() || !requests.dump_function.empty();
   pipeline_requests = PipelineRequests{};
   if (watches) pipeline_requests.observer = {before_pass, after_pass};
   pipeline_requests.verify_each = requests.verify_each;

@@ -13,9 +13,8 @@ struct OptRequests {
   std::vector<std::string> letters; // further one-letter options, as velkor-opt takes them
   bool verify_each = false;
   bool time = false;
-  std::string statistics; // empty, "text" or "json"
-  bool dump_changed = false;
-  std::string dump_function; // empty: all functions
+  std::string statistics;    // empty, "text" or "json"
+  std::string dump_function; // show changes in this function, "*": in all; empty: in none
   long limit = -1;
 };
 

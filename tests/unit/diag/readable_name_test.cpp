@@ -159,6 +159,17 @@ TEST(ReadableName, TemplateValues) {
   });
 }
 
+TEST(ReadableName, DeepTemplatesAreReadInFull) {
+  std::string encoding = "i";
+  std::string text = "int";
+  for (int i = 0; i < 30; ++i) {
+    const std::string name = "A__pt__" + std::to_string(encoding.size() + 1) + "_" + encoding;
+    encoding = std::to_string(name.size()) + name;
+    text = "A<" + text + ">";
+  }
+  EXPECT_EQ(as_argument(encoding), text);
+}
+
 TEST(ReadableName, LongTextsAreCut) {
   const std::string plain(300, 'a');
   EXPECT_EQ(readable_name(("_" + plain).c_str(), 0), plain.substr(0, 199));
