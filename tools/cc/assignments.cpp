@@ -26,7 +26,7 @@ bool is_simple_target(const Expr *target) {
 
 // Whether target op= value must be written out as target = target op value, because the assigning
 // opcode would compute in another type than C does.
-bool must_expand(Unit &unit, const clang::CompoundAssignOperator *assignment) {
+bool must_expand(const clang::CompoundAssignOperator *assignment) {
   const Expr *target = assignment->getLHS();
   const QualType type = target->getType();
   if (type->isBooleanType()) {
@@ -102,7 +102,7 @@ NodeIndex assignment_value(Unit &unit, const clang::BinaryOperator *expression) 
 
 NodeIndex compound_assignment_value(Unit &unit, const clang::CompoundAssignOperator *expression) {
   const SourceLocation where = expression->getExprLoc();
-  if (must_expand(unit, expression)) {
+  if (must_expand(expression)) {
     return expanded_assignment(unit, expression);
   }
   const Place target = place_of(unit, expression->getLHS());
