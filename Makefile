@@ -30,7 +30,7 @@ test: release checked
 
 # Random programs: make fuzz N=300 SEED=1
 fuzz: release
-	tests/fuzz/fuzz.py --bin $(RELEASE)/bin --jobs $(JOBS) --count $(N) --seed-from $(SEED)
+	tests/fuzz/fuzz.py $(N) --start $(SEED) --bin $(RELEASE)/bin --jobs $(JOBS)
 
 bench: release
 	bench/run $(RELEASE)/bin

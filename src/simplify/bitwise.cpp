@@ -164,6 +164,8 @@ Outcome mask_shifted(NODE *&tree) {
   if (!has_constant(tree) || left->op != SHIFT_RIGHT || !is_shift_count(left->right))
     return Outcome::NEXT;
   if (!is_unsigned_integer(left->left->type)) return Outcome::NEXT;
+  // A narrow signed type would extend its own sign over the zeros.
+  if (is_signed_integer(left->type) && type_width(left->type) < 32) return Outcome::NEXT;
   const std::uint32_t kept =
       constant_of(tree) & (value_mask(left->left->type) >> left->right->u.lval);
   const std::int32_t before = tree->right->u.lval;
@@ -221,13 +223,17 @@ Outcome or_all_ones(NODE *&tree) {
   return keep_effects_and_constant(tree);
 }
 
+// The bits that the left operand has for sure.
+std::uint32_t certain_bits_of_left(const NODE *tree) {
+  return certain_bits(tree->left, balance_type(tree->left, tree->right)) & value_mask(tree->type);
+}
+
 // x | K  ->  x | (K & ~bits that x has for sure), or x | -1 where both cover all
 Outcome or_certain_bits(NODE *&tree) {
   if (!has_constant(tree)) return Outcome::NEXT;
   const std::uint32_t before = constant_of(tree);
   const std::uint32_t type_bits = value_mask(tree->type);
-  const std::uint32_t certain =
-      certain_bits(tree->left, balance_type(tree->left, tree->right)) & type_bits;
+  const std::uint32_t certain = certain_bits_of_left(tree);
   if ((before & certain) != 0) {
     set_constant(tree, before & ~certain);
     return simplified(tree);
@@ -240,8 +246,10 @@ Outcome or_certain_bits(NODE *&tree) {
 // x | K  ->  x' | K, where x' agrees with x in the bits that K leaves
 Outcome or_demanded_bits(NODE *&tree) {
   if (!has_constant(tree)) return Outcome::NEXT;
-  if (demand_of_left(tree, ~constant_of(tree) & value_mask(tree->type))) return simplified(tree);
-  return Outcome::NEXT;
+  const std::uint32_t constant = constant_of(tree);
+  if (demand_of_left(tree, ~constant & value_mask(tree->type))) return simplified(tree);
+  // A constant deep in x may have taken some of K's bits over.
+  return (constant & certain_bits_of_left(tree)) != 0 ? Outcome::AGAIN : Outcome::NEXT;
 }
 
 // ((z | K2) & K1) | K  ->  ((z | K2) | K) & (K1 | K)

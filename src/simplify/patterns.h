@@ -94,4 +94,8 @@ inline Outcome finish(NODE *&tree, NODE *result) {
   return Outcome::DONE;
 }
 
+// < <= > >= over operands whose balanced type is unsigned or a pointer turns into ULT and its kin
+// in place; any other node stays. The files may write either form.
+void normalize_relation(NODE *node);
+
 } // namespace velkor

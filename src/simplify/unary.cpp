@@ -46,8 +46,10 @@ Outcome magnitude_of_non_negative(NODE *&tree) {
   const TypeWord type = operand->type;
   const std::uint32_t mask = value_mask(type);
   const std::uint32_t sign = mask ^ (mask >> 1);
-  // A square that is cut to a narrow type can come out negative.
-  const bool square = is_square(operand) && (!is_integer(type) || type_width(type) >= 32);
+  // A square can come out negative where it wraps around: cut to a narrow type, or unsigned. A
+  // signed word's square does not overflow in a program that means anything.
+  const bool overflows = is_unsigned_integer(type) || value_width(type) < 32;
+  const bool square = !overflows && is_square(operand);
   if (!square && (possible_bits(operand, type) & sign) != 0) return Outcome::NEXT;
   tree = convert_to_left(tree);
   return Outcome::DONE;
