@@ -5,14 +5,38 @@
 #include "core/output.h"
 #include "core/state.h"
 #include "core/zones.h"
+#include "icode/format.h"
 
 #include <vector>
 
 namespace velkor {
 namespace {
 
-// The labels of the function by index.
-using LabelIndex = std::vector<LABEL *>;
+// The labels of the function by index; the first of an index counts.
+class LabelIndex {
+public:
+  void add(LABEL *label) {
+    std::vector<LABEL *> &labels = side(label->index);
+    const std::size_t position = position_of(label->index);
+    if (position >= labels.size()) labels.resize(position + 1, nullptr);
+    if (!labels[position]) labels[position] = label;
+  }
+
+  [[nodiscard]] LABEL *find(std::int32_t index) const {
+    const std::vector<LABEL *> &labels = index < 0 ? own_ : from_file_;
+    const std::size_t position = position_of(index);
+    return position < labels.size() ? labels[position] : nullptr;
+  }
+
+private:
+  static std::size_t position_of(std::int32_t index) {
+    return static_cast<std::size_t>(index < 0 ? -static_cast<std::int64_t>(index) : index);
+  }
+  std::vector<LABEL *> &side(std::int32_t index) { return index < 0 ? own_ : from_file_; }
+
+  std::vector<LABEL *> from_file_; // positive indices
+  std::vector<LABEL *> own_;       // negative ones, of labels that the optimizer made
+};
 
 BB *new_block(BB *previous) {
   auto *block = new (lalloc(sizeof(BB))) BB{};
@@ -31,9 +55,7 @@ void attach_label(LABEL *label, BB *block, LabelIndex &labels) {
   while (*link)
     link = &(*link)->next;
   *link = label;
-  const auto index = static_cast<std::size_t>(label->index);
-  if (index >= labels.size()) labels.resize(index + 1, nullptr);
-  if (!labels[index]) labels[index] = label;
+  labels.add(label);
 }
 
 bool runs_on(const NODE *tree) {
@@ -47,8 +69,7 @@ void close_function() {
 }
 
 LABEL *find_label(std::int32_t index, const LabelIndex &labels) {
-  const auto position = static_cast<std::size_t>(index);
-  if (index > 0 && position < labels.size() && labels[position]) return labels[position];
+  if (LABEL *label = labels.find(index)) return label;
   report("\n!!! COMPILER (OPTIMIZER) ERROR IN 'find_label', INDEX=%d !!!\n", index);
   abnormal_end();
 }
@@ -64,6 +85,24 @@ void resolve_labels(NODE *tree, const LabelIndex &labels) {
   }
 }
 
+// The file has room for positive numbers of 16 bits; the optimizer's own labels are negative so
+// far.
+void number_labels() {
+  int number = 0;
+  for (BB *block = state.first_bb; block; block = block->next)
+    for (LABEL *label = block->labels; label; label = label->next)
+      if (label->refcount > 0) label->index = ++number;
+  if (number <= max_label_index) return;
+  report("\n!!! Error: a function with %d labels, the icode file has room for %d !!!\n", number,
+         max_label_index);
+  abnormal_end();
+}
+
+// What sequencing leaves of a statement that does nothing.
+bool does_nothing(const NODE *tree) {
+  return tree->op == ICON;
+}
+
 } // namespace
 
 void build_straight_blocks() {
@@ -77,6 +116,7 @@ void build_straight_blocks() {
   for (LIST *cell = list_reverse_onto(state.statements, nullptr); cell; cell = next) {
     next = cell->next;
     cell->next = nullptr;
+    if (does_nothing(cell->item)) continue;
     if (cell->item->op != LABELDEF) {
       *link = cell;
       link = &cell->next;
@@ -95,6 +135,7 @@ void build_straight_blocks() {
   for (BB *each = state.first_bb; each; each = each->next)
     for (LIST *cell = each->trees; cell; cell = cell->next)
       if (op_effect(cell->item->op) == TRANSFERS) resolve_labels(cell->item, labels);
+  number_labels();
 }
 
 } // namespace velkor

@@ -92,19 +92,23 @@ Outcome factor_first_scale(NODE *&tree) {
   return finish(tree, a);
 }
 
+// Can the operand -y of a sum be subtracted instead? A negation that wraps to fewer bits than the
+// sum is a number of its own; and a pointer that was negated as a number would become the second
+// one of a pointer difference.
+bool is_negated_term(const NODE *node, const NODE *sum) {
+  return node->op == NEGATE && is_integer(node->left->type) && is_as_wide(node, sum);
+}
+
 // (-x) + b  ->  b + (-x), for the rules to come
 Outcome move_negated_right(NODE *&tree) {
-  if (tree->left->op == NEGATE) std::swap(tree->left, tree->right);
+  if (is_negated_term(tree->left, tree)) std::swap(tree->left, tree->right);
   return Outcome::NEXT;
 }
 
 // a + (-y)  ->  a - y
 Outcome add_negated(NODE *&tree) {
-  NODE *b = tree->right;
-  // A negation that wraps to fewer bits than the sum is a number of its own; and a pointer that was
-  // negated as a number would become the second one of a pointer difference.
-  if (b->op != NEGATE || !is_integer(b->left->type) || !is_as_wide(b, tree)) return Outcome::NEXT;
-  tree->right = replace_by_left(b);
+  if (!is_negated_term(tree->right, tree)) return Outcome::NEXT;
+  tree->right = replace_by_left(tree->right);
   tree->op = SUBTRACT;
   return finish(tree, tree);
 }

@@ -82,12 +82,14 @@ std::uint32_t remainder_bits(const NODE *tree, int level) {
   const NODE *left = tree->left;
   const NODE *right = tree->right;
   const TypeWord type = balance_type(left, right);
-  // The division follows the node's type: where that is not the operands' common one, the words
-  // are divided with another sign than they were analysed with.
-  if (!is_integer(type) || is_unsigned_integer(type) != is_unsigned_integer(tree->type))
-    return all_bits;
+  if (!is_integer(type)) return all_bits;
   const std::uint32_t dividend = known_bits(Question::POSSIBLE, left, type, level);
   const std::uint32_t divisor = known_bits(Question::POSSIBLE, right, type, level);
+  // A plain remainder divides in the node's type: where that is not the operands' common one,
+  // negative words are divided with another sign than they were analysed with.
+  const bool other_sign =
+      tree->op == REMAINDER && is_unsigned_integer(type) != is_unsigned_integer(tree->type);
+  if (other_sign && ((dividend | divisor) & sign_bit)) return all_bits;
   if (divisor == 0) return all_bits;
   if ((dividend & sign_bit) && !is_unsigned_integer(left->type)) return all_bits;
   if ((divisor & sign_bit) && !is_unsigned_integer(right->type)) return all_bits;

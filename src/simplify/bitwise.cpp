@@ -68,7 +68,7 @@ bool have_same_width(const NODE *a, const NODE *b) {
 Outcome order_operands(NODE *&tree) {
   const Opcode op = tree->op;
   tree = reassociate(tree);
-  return tree->op == op ? Outcome::NEXT : Outcome::STOP;
+  return tree->op == op ? Outcome::NEXT : Outcome::DONE;
 }
 
 // The operands are the same tree without effects: one is enough.
@@ -85,13 +85,24 @@ Outcome keep_effects_and_constant(NODE *&tree) {
   return simplified(tree);
 }
 
+// What the rules look at in a left operand, as far as it can be told apart without a walk.
+struct Shape {
+  Opcode op;
+  Opcode right_op;
+  TypeWord type;
+  bool operator==(const Shape &) const = default;
+};
+
+Shape shape_of(const NODE *node) {
+  return {node->op, node->right ? node->right->op : ILLOP, node->type};
+}
+
 // Asks only for the bits of the left operand that the constant lets through. True when the operand
 // became another one, so that the rules have to look at the tree again.
 bool demand_of_left(NODE *tree, std::uint32_t mask) {
-  const Opcode op = tree->left->op;
-  const TypeWord type = tree->left->type;
+  const Shape before = shape_of(tree->left);
   tree->left = demand_bits(tree->left, mask);
-  return tree->left->op != op || tree->left->type != type;
+  return shape_of(tree->left) != before;
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -246,10 +257,10 @@ Outcome or_certain_bits(NODE *&tree) {
 // x | K  ->  x' | K, where x' agrees with x in the bits that K leaves
 Outcome or_demanded_bits(NODE *&tree) {
   if (!has_constant(tree)) return Outcome::NEXT;
-  const std::uint32_t constant = constant_of(tree);
-  if (demand_of_left(tree, ~constant & value_mask(tree->type))) return simplified(tree);
-  // A constant deep in x may have taken some of K's bits over.
-  return (constant & certain_bits_of_left(tree)) != 0 ? Outcome::AGAIN : Outcome::NEXT;
+  const std::uint32_t certain = certain_bits_of_left(tree);
+  if (demand_of_left(tree, ~constant_of(tree) & value_mask(tree->type))) return simplified(tree);
+  // A constant deep in x may have taken bits of K on; once more, and x stays as it is.
+  return certain_bits_of_left(tree) != certain ? Outcome::AGAIN : Outcome::NEXT;
 }
 
 // ((z | K2) & K1) | K  ->  ((z | K2) | K) & (K1 | K)

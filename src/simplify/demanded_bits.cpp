@@ -125,8 +125,7 @@ NODE *demand_constant(NODE *icon, std::uint32_t mask) {
       break;
     }
   const std::uint32_t holes = ~word & type_bits;
-  if (fills_top_part(holes, value_mask(CHAR), 8) ||
-      fills_top_part(holes, value_mask(SHORT), 16))
+  if (fills_top_part(holes, value_mask(CHAR), 8) || fills_top_part(holes, value_mask(SHORT), 16))
     return icon;
   word = fill_downward(word, demanded, sign >> 1);
   store(fill_upward(word, demanded, type_bits));
@@ -334,7 +333,10 @@ NODE *demand_within_limits(NODE *tree, std::uint32_t mask) {
     }
     const bool is_final = tree->op == MULTIPLY || tree->op == SHIFT_RIGHT;
     tree = demand_of_operator(tree, mask, demanded);
-    return is_final ? tree : drop_equal_mask(tree, mask);
+    if (!is_final) tree = drop_equal_mask(tree, mask);
+    while (is_needless_conversion(tree, mask))
+      tree = replace_by_left(tree);
+    return tree;
   }
   return tree;
 }

@@ -61,7 +61,8 @@ inline void set_type(NODE *node, TypeWord type) {
 // (type) tree, simplified; takes the tree.
 [[nodiscard]] inline NODE *make_conversion(TypeWord type, NODE *tree) {
   if (tree->type == type) return tree;
-  return simplify_node(make_node(is_derived(type) ? PCONV : SCONV, tree, nullptr, type));
+  tree = convert_tree(type, tree);
+  return tree->op == SCONV || tree->op == PCONV ? simplify_node(tree) : tree;
 }
 
 // Does a value of inner's type hold all bits of one of outer's? Where the operators only look at
@@ -97,5 +98,19 @@ inline Outcome finish(NODE *&tree, NODE *result) {
 // < <= > >= over operands whose balanced type is unsigned or a pointer turns into ULT and its kin
 // in place; any other node stays. The files may write either form.
 void normalize_relation(NODE *node);
+
+// Is a conversion of an operand needless where only as many of its low bits count as the target
+// type has? Integers only: a float's conversion is a computation.
+[[nodiscard]] inline bool conversion_is_needless(TypeWord target, const NODE *conversion) {
+  return conversion->op == SCONV && is_integer(target) && is_integer(conversion->type) &&
+         is_integer(conversion->left->type) && type_width(target) <= type_width(conversion->type);
+}
+
+// The tree that takes the place of one of the given type, brought to that type; takes the tree.
+// What is no scalar on either side stays as it is.
+[[nodiscard]] inline NODE *keep_type(TypeWord type, NODE *tree) {
+  if (type == tree->type || !is_scalar(type) || !is_scalar(tree->type)) return tree;
+  return make_conversion(type, tree);
+}
 
 } // namespace velkor

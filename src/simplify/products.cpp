@@ -239,7 +239,7 @@ Outcome order_factors(NODE *&tree) {
 Outcome multiply_float_constant(NODE *&tree) {
   if (tree->right->op != FCON || !is_floating(tree->type)) return Outcome::NEXT;
   tree = apply_rules(multiply_float_rules, tree);
-  return Outcome::STOP;
+  return Outcome::DONE;
 }
 
 Outcome leave_other_types(NODE *&tree) {
@@ -313,7 +313,7 @@ Outcome multiply_truths(NODE *&tree) {
 Outcome multiply_constant(NODE *&tree) {
   if (!is_integer_icon(tree->right)) return Outcome::NEXT;
   tree = apply_rules(multiply_constant_rules, tree);
-  return Outcome::STOP;
+  return Outcome::DONE;
 }
 
 constexpr Rule product_rules[] = {

@@ -114,12 +114,14 @@ Outcome divide_by_power(NODE *&tree) {
 }
 
 // x × K2 whose constant K divides, in the signed type of the quotient? A power of two stays: it
-// may stand for a shift, whose overflow is no fault of the program.
+// may stand for a shift, whose overflow is no fault of the program; and so does a product that is
+// cut to fewer bits than it was computed in.
 bool is_multiple(const NODE *product, const NODE *tree) {
   const NODE *b = tree->right;
   return product->op == MULTIPLY && is_icon(product->right) && product->type == tree->type &&
-         is_signed_integer(tree->type) && is_icon(b) && b->u.lval > 0 &&
-         product->right->u.lval % b->u.lval == 0 && log2_of(product->right->u.lval) < 0;
+         is_signed_integer(tree->type) && is_word_integer(tree->type) && is_icon(b) &&
+         b->u.lval > 0 && product->right->u.lval % b->u.lval == 0 &&
+         log2_of(product->right->u.lval) < 0;
 }
 
 // (x × K2) / K  ->  x × (K2 / K)

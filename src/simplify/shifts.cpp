@@ -41,7 +41,7 @@ Outcome keep_effects_and_zero(NODE *&tree) {
 }
 
 Outcome refuse_other_counts(NODE *&tree) {
-  return is_icon(tree->right) && count_of(tree) >= 0 ? Outcome::NEXT : Outcome::STOP;
+  return is_icon(tree->right) && count_of(tree) >= 0 ? Outcome::NEXT : Outcome::DONE;
 }
 
 Outcome shift_by_zero(NODE *&tree) {

@@ -2,8 +2,11 @@
 #pragma once
 
 #include "core/records.h"
+#include "simplify/rules.h"
 
 namespace velkor {
+
+extern const RuleSet test_rules;
 
 // A tree that is zero exactly when the given one is; takes the tree.
 [[nodiscard]] NODE *simplify_test(NODE *tree);

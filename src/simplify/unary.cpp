@@ -74,7 +74,7 @@ Outcome turn_difference(NODE *&tree) {
   operand->left = operand->right;
   operand->right = one;
   tree->left = simplify_node(operand);
-  return Outcome::NEXT;
+  return Outcome::AGAIN;
 }
 
 // ABS(x), SQUARE(x)  ->  x, x being 0 or 1

@@ -66,6 +66,10 @@ TEST_F(BitwiseTest, Ors) {
       {"bit_or(multiply(bit_or(_x, 1), 4), 4)", "bit_or(multiply(_x, 4), 4)"},
       {"bit_or:int(multiply(bit_or(_x, 3), 4), 12)", "bit_or(multiply(_x, 4), 12)"},
       {"bit_or(add(bit_and(_x, 255), _y), -16)", "bit_or(add(_x, _y), -16)"},
+      {"bit_or:int(sconv:char(bit_or(_x, 0x84)), 0x90)",
+       "bit_or:int(sconv:char(bit_or(_x, -124)), 16)"},
+      {"bit_or:int(sconv:char(bit_or(_x, 0x80)), 0x7F)", "-1"},
+      {"bit_or(bit_and(_x, -16), 15)", "bit_or(_x, 15)"},
       // ((z | K2) & K1) | K
       {"bit_or(bit_and(bit_or(multiply(_x, _y), 1), 0xFF), 0x100)",
        "bit_and(bit_or(multiply(_x, _y), -255), 511)"}, // only 257 of it counts

@@ -29,7 +29,7 @@ TEST_F(DemandedBitsTest, Conversions) {
       {"sconv:uchar(_x)", 15, "_x"},
       {"sconv:uchar(_x)", 255, "_x"},
       {"sconv:uchar(_x)", 256 + 15, nullptr}, // the zero above the byte is looked at
-      {"sconv:ushort(sconv:uchar(_x))", 15, "sconv:ushort(_x)"},
+      {"sconv:ushort(sconv:uchar(_x))", 15, "_x"},
       {"sconv:unsigned(_x)", 15, nullptr},
       {"sconv:char(_x)", 15, nullptr},
       {"sconv:uchar(_f)", 15, nullptr},
@@ -128,15 +128,15 @@ TEST_F(DemandedBitsTest, ConstantsBecomeCheap) {
   expect_demands({
       {"0x1234", 0xFF, "52"},
       {"0xF00", 0xFF, "0"},
-      {"255", 15, "-1"},           // ones to the top
-      {"15", 0xFF, "15"},          //
-      {"0x80", 0xFF, "-128"},      // the highest demanded bit is the sign
-      {"-2", 0xFF, "-2"},          //
+      {"255", 15, "-1"},                        // ones to the top
+      {"15", 0xFF, "15"},                       //
+      {"0x80", 0xFF, "-128"},                   // the highest demanded bit is the sign
+      {"-2", 0xFF, "-2"},                       //
       {"0xFFFF00FF", 0x7FFFFFFF, "0x7FFF00FF"}, // one byte of zeros is cheap as it stands
       {"0x0000FFFF", 0xFFFFF, "65535"},
-      {"5", 13, "5"},              // so are zeros all over the top byte
-      {"13", 13, "-1"},            // the free bits take the state of those above
-      {"9", 13, "-5"},             // or from below
+      {"5", 13, "5"},   // so are zeros all over the top byte
+      {"13", 13, "-1"}, // the free bits take the state of those above
+      {"9", 13, "-5"},  // or from below
       {"-128:char", 0x180, "-1:char"},
       {"200:uchar", 0xF0, "192:uchar"},
       {"3:uchar", 3, "255:uchar"},

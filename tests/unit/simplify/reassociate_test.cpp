@@ -1,7 +1,9 @@
 #include "simplify/tree_rows.h"
 
+#include "simplify/arithmetic.h"
 #include "simplify/like_terms.h"
 #include "simplify/reassociate.h"
+#include "simplify/rule_sets.h"
 
 #include <numeric>
 
@@ -10,24 +12,23 @@ namespace {
 
 class ReassociateTest : public TreeRowTest {
 protected:
-  // How often rules of the set have fired so far.
+  // How often rules have fired so far.
   static std::uint64_t fired() {
-    return std::accumulate(reassociate_rules.fired.begin(), reassociate_rules.fired.end(),
-                           std::uint64_t{0});
+    std::uint64_t sum = 0;
+    for (const RuleSet *set : {&reassociate_rules, &add_rules, &subtract_rules, &multiply_rules})
+      sum = std::accumulate(set->fired.begin(), set->fired.end(), sum);
+    return sum;
   }
 
-  // The i-th of many products, no two of them near each other alike.
-  NODE *product(int i) {
-    return make_node(MULTIPLY, make_name(many[static_cast<std::size_t>(i % 97)]),
-                     make_name(many[static_cast<std::size_t>(i / 97 % 89)]), INT);
-  }
-
-  void make_symbols() {
-    for (int i = 0; i < 97; ++i)
+  // The i-th of many terms that no rule looks into, no two near each other alike.
+  NODE *term(int i) { return make_node(REMAINDER, leaf(i), leaf(i / 97), INT); }
+  NODE *leaf(int i) {
+    while (many.size() < 97)
       many.push_back(symbol("_many", INT));
+    return make_name(many[static_cast<std::size_t>(i) % many.size()]);
   }
 
-  // Simplifying so many terms may take a bounded number of rewrites for each.
+  // So many terms may take a bounded number of rewrites each.
   static void expect_linear(std::uint64_t rewrites, int terms) {
     EXPECT_LT(rewrites, static_cast<std::uint64_t>(terms) * 4 * longest_turned_chain);
   }
@@ -53,7 +54,7 @@ TEST_F(ReassociateTest, ConstantsMoveOutwardsAndMerge) {
       {"add(add(_x, 1), _y)", "add(add(_x, _y), 1)"},
       {"add(1, add(_x, _y))", "add(add(_x, _y), 1)"},
       {"add(add(_x, 1), multiply(_y, _z))", "add(add(multiply(_y, _z), _x), 1)"},
-      {"add(add(_x, 1), add(_y, 2))", "add(add(_x, _y), 3)"},
+      {"add(add(_x, 1), add(_y, 2))", "add(add(_y, _x), 3)"},
       {"add(add(_x, 5), negate(_x))", "5"},
       {"add(add(_x, 1), 2)", "add(_x, 3)"},
       {"add(add(_x, 2147483647), 1)", "add(_x, -2147483648)"},
@@ -106,6 +107,11 @@ TEST_F(ReassociateTest, NeutralAndAbsorbingConstants) {
   });
 }
 
+TEST_F(ReassociateTest, AnOperandThatHasBecomeACommaRises) {
+  NODE *node = tree("bit_and(comma_op(_vol, _x), _y)");
+  EXPECT_EQ(text(reassociate(node)), text(tree("comma_op(_vol, bit_and(_x, _y))")));
+}
+
 TEST_F(ReassociateTest, CommonScalesShiftsAndMasks) {
   expect_rows({
       {"add(multiply(_x, 8), multiply(_y, 2))", "multiply(add(multiply(_x, 4), _y), 2)"},
@@ -129,46 +135,41 @@ TEST_F(ReassociateTest, CommonScalesShiftsAndMasks) {
 constexpr int terms = 20000;
 
 TEST_F(ReassociateTest, RightLeaningChainsCostTheSameForEachTerm) {
-  make_symbols();
-  const std::uint64_t before = fired();
-  NODE *sum = product(0);
-  for (int i = 1; i < terms; ++i)
-    sum = simplify_node(make_node(ADD, product(i), sum, INT));
-  expect_linear(fired() - before, terms);
-  EXPECT_TRUE(is_long_chain(sum));
+  for (const Opcode op : {ADD, SUBTRACT, MULTIPLY}) {
+    const std::uint64_t before = fired();
+    NODE *chain = term(0);
+    for (int i = 1; i < terms; ++i)
+      chain = simplify_node(make_node(op, term(i), chain, INT));
+    expect_linear(fired() - before, terms);
+  }
 }
 
 TEST_F(ReassociateTest, AlternatingChainsCostTheSameForEachTerm) {
-  make_symbols();
   const std::uint64_t before = fired();
-  NODE *sum = product(0);
-  for (int i = 1; i < terms; ++i) {
-    NODE *leaf = make_name(many[static_cast<std::size_t>(i % 97)]);
-    sum = simplify_node(make_node(ADD, sum, i % 2 ? leaf : product(i), INT));
-  }
+  NODE *sum = term(0);
+  for (int i = 1; i < terms; ++i)
+    sum = simplify_node(make_node(ADD, sum, i % 2 ? leaf(i) : term(i), INT));
+  expect_linear(fired() - before, terms);
+}
+
+TEST_F(ReassociateTest, MergingInLongChainsCostsTheSameForEachTerm) {
+  const std::uint64_t before = fired();
+  NODE *sum = term(0);
+  for (int i = 1; i < terms; ++i)
+    sum = simplify_node(make_node(ADD, sum, term(i / 2), INT));
   expect_linear(fired() - before, terms);
 }
 
 TEST_F(ReassociateTest, LikeTermsAreSearchedAmongTheLastOnes) {
-  make_symbols();
-  const auto sum_of = [&](int others) {
-    NODE *sum = make_name(many[0]);
+  const auto last_of_sum = [&](int others) {
+    NODE *sum = leaf(0);
     for (int i = 1; i <= others; ++i)
-      sum = make_node(ADD, sum, make_name(many[static_cast<std::size_t>(i)]), INT);
-    NODE *last = make_name(many[0]);
-    return simplify_tree(make_node(ADD, sum, last, INT))->right->u.sym;
+      sum = make_node(ADD, sum, leaf(i), INT);
+    return simplify_tree(make_node(ADD, sum, leaf(0), INT))->right->u.sym;
   };
-  EXPECT_NE(sum_of(longest_merged_chain / 2), many[0]);
-  EXPECT_EQ(sum_of(longest_merged_chain * 2), many[0]);
-}
-
-TEST_F(ReassociateTest, MergingInLongChainsCostsTheSameForEachTerm) {
-  make_symbols();
-  const std::uint64_t before = fired();
-  NODE *sum = product(0);
-  for (int i = 1; i < terms; ++i)
-    sum = simplify_node(make_node(ADD, sum, product(i / 2), INT));
-  expect_linear(fired() - before, terms);
+  const SYM *first = leaf(0)->u.sym;
+  EXPECT_NE(last_of_sum(longest_merged_chain / 2), first);
+  EXPECT_EQ(last_of_sum(longest_merged_chain * 2), first);
 }
 
 } // namespace
