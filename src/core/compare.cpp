@@ -90,9 +90,18 @@ bool same_three(const Three &a, const Three &b, bool ignore_effects) {
   return false;
 }
 
+// Each test of three operands compares up to nine pairs, and a chain has one at every link: without
+// a bound, two long chains that differ at their far end would take a time without measure. Behind
+// the bound, chains are compared link by link only.
+constexpr int most_three_operand_tests = 64; // for one outermost comparison
+int nesting = 0;                             // of trees_equal
+int three_operand_tests = 0;
+
 // x op y op z in any grouping and order: (l op r) against (m op n) where one child on each side is
 // the same operator again. The first pairing of such children settles it.
 bool three_operands_equal(const NODE *a, const NODE *b, bool ignore_effects) {
+  // Floating sums and products mean something else in another grouping.
+  if (is_floating(a->type) || ++three_operand_tests > most_three_operand_tests) return false;
   const NODE *l = look_through(a->left);
   const NODE *r = look_through(a->right);
   const NODE *m = look_through(b->left);
@@ -138,9 +147,7 @@ const NODE *strip_zero_tests(const NODE *tree, bool &opposite) {
   }
 }
 
-} // namespace
-
-bool trees_equal(const NODE *a, const NODE *b, bool ignore_effects) {
+bool equal(const NODE *a, const NODE *b, bool ignore_effects) {
   a = look_through(a);
   b = look_through(b);
   if (!ignore_effects && (op_effect(a->op) != PURE || op_effect(b->op) != PURE)) return false;
@@ -186,6 +193,15 @@ bool trees_equal(const NODE *a, const NODE *b, bool ignore_effects) {
   case DDNODE: return a == b;
   default: return operands_equal(a, b, ignore_effects);
   }
+}
+
+} // namespace
+
+bool trees_equal(const NODE *a, const NODE *b, bool ignore_effects) {
+  if (nesting++ == 0) three_operand_tests = 0;
+  const bool result = equal(a, b, ignore_effects);
+  --nesting;
+  return result;
 }
 
 bool lists_equal(const LIST *a, const LIST *b) {

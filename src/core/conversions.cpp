@@ -2,6 +2,7 @@
 
 #include "core/nodes.h"
 #include "core/options.h"
+#include "simplify/rule_sets.h"
 
 namespace velkor {
 namespace {
@@ -78,12 +79,8 @@ NODE *convert_tree(TypeWord type, NODE *tree) {
     tree = tree->left;
     erase_node(inner);
   }
-  if (tree->op == ICON && is_integer(tree->type) && is_integer(type)) {
-    tree->u.lval = wrap_to_type(tree->u.lval, type);
-    tree->type = static_cast<std::uint16_t>(type);
-    return tree;
-  }
-  return make_node(SCONV, tree, nullptr, type);
+  NODE *conversion = make_node(SCONV, tree, nullptr, type);
+  return tree->op == ICON || tree->op == FCON ? simplify_sconv(conversion) : conversion;
 }
 
 std::int32_t wrap_to_type(std::int32_t value, TypeWord type) {

@@ -167,6 +167,7 @@ void run_function_pipeline() {
     state.skip_function = false;
     end_of_function();
     state.first_bb = nullptr;
+    state.num_blocks = 0;
     clear_local_symbols();
     state.cur_fun = nullptr;
     state.cur_fun_sym = nullptr;

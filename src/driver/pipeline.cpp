@@ -6,6 +6,8 @@
 #include "core/state.h"
 #include "icode/function_writer.h"
 #include "lower/lower_function.h"
+#include "simplify/bit_fields.h"
+#include "simplify/sequencing.h"
 
 #include <array>
 
@@ -13,8 +15,12 @@ namespace velkor {
 namespace {
 
 constexpr std::array passes = {
+    Pass{"sequence_statements", "make && || ? and commas explicit statements", 0, Shape::ANY, true,
+         sequence_statements},
     Pass{"build_blocks", "cut the statements into blocks", 0, Shape::ANY, true,
          build_straight_blocks},
+    Pass{"expand_bitfields", "turn bit fields into masks and shifts", 0, Shape::ANY, true,
+         expand_bitfields},
     Pass{"lower_function", "restore the forms that the code generator wants", 0, Shape::ANY, true,
          lower_function},
     Pass{"write_function", "write the function to the output file", 0, Shape::ANY, true,

@@ -11,6 +11,9 @@
 #include "icode/output_file.h"
 #include "icode/record_writer.h"
 #include "icode/tree_writer.h"
+#include "simplify/retype.h"
+#include "simplify/simplify.h"
+#include "simplify/truth.h"
 
 #include <array>
 #include <cstring>
@@ -113,12 +116,11 @@ bool exchange_targets(const BB *block, const NODE *true_target, const NODE *fals
 
 // The opposite of a condition, in the form that a CBRANCH takes: x == 0 reads !x.
 NODE *invert_condition(NODE *condition) {
-  NODE *result = negate_condition(condition);
+  NODE *result = simplify_test(simplify_node(make_node(LOGICAL_NOT, condition, nullptr, INT)));
   const bool is_zero_test =
       result->op == EQ && result->right->op == ICON && result->right->u.lval == 0;
   if (!is_zero_test) return result;
-  erase_tree(result->right);
-  result->right = nullptr;
+  result->right = erase_tree(result->right);
   result->op = LOGICAL_NOT;
   return result;
 }
@@ -247,12 +249,13 @@ void write_statement(LIST *statement) {
     write_pragma_node(tree);
     return;
   }
+  statement->item = retype_tree(tree);
   reserve(5);
   put_u8(RECORD_STATEMENT);
   put_s16(statement->line);
   put_s16(statement->line2);
   debug_print(".%d\t%d\n", statement->line, statement->line2);
-  wrtree(tree);
+  wrtree(statement->item);
 }
 
 void write_function() {

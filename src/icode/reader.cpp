@@ -13,6 +13,7 @@
 #include "icode/source_file.h"
 #include "icode/symbol_reader.h"
 #include "icode/tree_reader.h"
+#include "simplify/simplify.h"
 
 #include <algorithm>
 #include <array>
@@ -87,9 +88,9 @@ void read_statement(Packet &packet) {
   packet.kind = PACKET_STATEMENT;
   packet.value = take_s16();
   const int line2 = take_s16();
-  packet.tree = read_tree();
-  if (packet.tree->op == ENDINIT)
-    bad_input("an end of initial value where a statement is expected");
+  NODE *tree = read_tree();
+  if (tree->op == ENDINIT) bad_input("an end of initial value where a statement is expected");
+  packet.tree = simplify_tree(tree);
   state.cur_line2 = line2;
 }
 

@@ -1,5 +1,6 @@
 #include "icode/symbol_reader.h"
 
+#include "core/conversions.h"
 #include "core/failure.h"
 #include "core/fun.h"
 #include "core/nodes.h"
@@ -11,6 +12,8 @@
 #include "icode/record_writer.h"
 #include "icode/tree_reader.h"
 #include "icode/tree_writer.h"
+#include "simplify/retype.h"
+#include "simplify/simplify.h"
 
 #include <cstring>
 #include <span>
@@ -206,7 +209,14 @@ void read_initial_value(SYM *sym, bool written) {
     NODE *tree = read_tree();
     if (tree->op == ENDINIT) break;
     if (op_effect(tree->op) == TRANSFERS) bad_input("a transfer of control in an initial value");
-    if (written) wrtree(tree);
+    // A value takes as many bytes as its type says: whatever the rules make of it, that stays.
+    const TypeWord type = tree->type;
+    tree = simplify_tree(tree);
+    if (written) {
+      tree = retype_tree(tree);
+      if (is_scalar(type)) tree = convert_tree(type, tree);
+      wrtree(tree);
+    }
     erase_tree(tree);
   }
   const FinalExtent extent = read_final_extent();

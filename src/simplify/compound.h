@@ -5,10 +5,15 @@
 
 namespace velkor {
 
-// x = x op y  ->  x op= y; any other assignment as it stands.
-[[nodiscard]] NODE *to_compound_assignment(NODE *node);
+// Is the operand the object that the assignment stores to?
+using TargetTest = bool (*)(const NODE *target, const NODE *operand);
 
-// x op= y  ->  x = x op y, with a copy of x; any other node as it stands.
+// x = x op y  ->  x op= y, where both compute the same; any other assignment as it stands.
+// is_target tells an operand that is the target; trees_equal without effects if none is given.
+[[nodiscard]] NODE *to_compound_assignment(NODE *node);
+[[nodiscard]] NODE *to_compound_assignment(NODE *node, TargetTest is_target);
+
+// x op= y  ->  x = x op y, with a copy of x; any other node as it stands. x must have no effects.
 [[nodiscard]] NODE *expand_compound_assignment(NODE *node);
 
 } // namespace velkor

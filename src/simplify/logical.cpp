@@ -20,10 +20,6 @@ namespace {
 // ------------------------------------------------------------------------------------------------
 // && and ||
 
-bool is_true_icon(const NODE *node) {
-  return is_icon(node) && node->u.lval != 0;
-}
-
 // x == 0?
 bool tests_for_zero(const NODE *node) {
   return node->op == EQ && is_icon_of(node->right, 0);
@@ -403,13 +399,20 @@ Outcome merge_assignments(NODE *&tree) {
   NODE *u = true_arm(tree);
   NODE *v = false_arm(tree);
   if (!are_alike(u, v, tree->right) || op_effect(u->op) != ASSIGNS) return Outcome::NEXT;
-  if (u->op != ASSIGN &&
-      (asgop_base(u->op) == ILLOP || is_icon(u->right) || is_icon(v->right)))
+  if (u->op != ASSIGN && (asgop_base(u->op) == ILLOP || is_icon(u->right) || is_icon(v->right)))
     return Outcome::NEXT;
   if (u->right->type != u->type || v->right->type != v->type ||
       !trees_equal(u->left, v->left, true) || !condition_may_follow_target(tree->left, u))
     return Outcome::NEXT;
   return merge_arms(tree, &NODE::right, &NODE::left);
+}
+
+// Is the value the same wherever it is evaluated?
+bool is_fixed_value(const NODE *tree) {
+  while (tree->op == SCONV || tree->op == PCONV)
+    tree = tree->left;
+  if (tree->op == ADDRESS) return tree->left->op == NAME;
+  return tree->op == ICON || tree->op == FCON || tree->op == SCON;
 }
 
 // c ? (p rel k) : (q rel k)  ->  (c ? p : q) rel k
@@ -420,7 +423,7 @@ Outcome merge_relations(NODE *&tree) {
   if (u->left->type != v->left->type || !trees_equal(u->right, v->right, true))
     return Outcome::NEXT;
   // k is no longer evaluated behind the condition, but beside it and the arms.
-  if (!is_constant_tree(u->right) &&
+  if (!is_fixed_value(u->right) &&
       (has_side_effects(tree->left) || has_side_effects(u) || has_side_effects(v)))
     return Outcome::NEXT;
   return merge_arms(tree, &NODE::left, &NODE::right);

@@ -7,10 +7,12 @@
 #include "simplify/patterns.h"
 #include "simplify/rule_sets.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 
 namespace velkor {
 namespace {
@@ -41,7 +43,9 @@ Outcome divide_alike(NODE *&tree) {
 // Is the number held exactly by the floating type?
 bool is_exact(double value, TypeWord type) {
   if (!std::isfinite(value)) return false;
-  return type != FLOAT || static_cast<double>(static_cast<float>(value)) == value;
+  if (type != FLOAT) return true;
+  return std::fabs(value) <= std::numeric_limits<float>::max() &&
+         static_cast<double>(static_cast<float>(value)) == value;
 }
 
 // x / 2^n  ->  x × 2^-n, floating
@@ -113,15 +117,29 @@ Outcome divide_by_power(NODE *&tree) {
   return finish(tree, tree);
 }
 
+// Is the product x × K2 within a signed word for every value of x? Only then is it the multiple
+// that it looks like. A signed product need not come from a signed one of the program: conversions
+// sink from the wrapping product of unsigned factors to the factors themselves, and the constants
+// of several products are multiplied with wrapping.
+bool is_exact_product(const NODE *product) {
+  const NODE *x = product->left;
+  if (!is_integer(x->type) || (is_unsigned_integer(x->type) && value_width(x->type) >= 32))
+    return false;
+  constexpr std::int64_t largest = INT32_MAX;
+  const std::int64_t factor = product->right->u.lval;
+  const std::int64_t low = lower_bound(x, nullptr) * factor;
+  const std::int64_t high = upper_bound(x, nullptr) * factor;
+  return std::min(low, high) >= -largest && std::max(low, high) <= largest;
+}
+
 // x × K2 whose constant K divides, in the signed type of the quotient? A power of two stays: it
-// may stand for a shift, whose overflow is no fault of the program; and so does a product that is
-// cut to fewer bits than it was computed in.
+// may stand for a shift.
 bool is_multiple(const NODE *product, const NODE *tree) {
   const NODE *b = tree->right;
   return product->op == MULTIPLY && is_icon(product->right) && product->type == tree->type &&
          is_signed_integer(tree->type) && is_word_integer(tree->type) && is_icon(b) &&
          b->u.lval > 0 && product->right->u.lval % b->u.lval == 0 &&
-         log2_of(product->right->u.lval) < 0;
+         log2_of(product->right->u.lval) < 0 && is_exact_product(product);
 }
 
 // (x × K2) / K  ->  x × (K2 / K)

@@ -154,11 +154,10 @@ Outcome turn_right_chain(NODE *&tree) {
 
 // a + (p + i)  ->  p + (a + i)
 Outcome add_to_right_integer(NODE *&tree) {
-  NODE *b = tree->right;
-  if (b->op != tree->op || !is_pointer(tree->type) || !is_pointer(b->type) ||
-      !is_pointer(b->left->type))
+  NODE *outer = tree->right;
+  if (outer->op != tree->op || !is_pointer(tree->type) || !is_pointer(outer->type) ||
+      !is_pointer(outer->left->type))
     return Outcome::NEXT;
-  NODE *outer = b;
   set_type(outer, tree->type);
   tree->right = outer->right;
   set_type(tree, balance_type(tree->left, tree->right));
@@ -223,11 +222,20 @@ Outcome operate_on_unsigned(NODE *&tree) {
   if (tree->op != BIT_AND && (constant & value_mask(promoted)) != constant) return Outcome::NEXT;
   // An unsigned long is in its own type already.
   if (promoted == type) return Outcome::NEXT;
+  const Opcode op = tree->op;
   set_type(tree, promoted);
   tree->left = make_conversion(promoted, tree->left);
   tree->right = make_conversion(promoted, tree->right);
-  tree = make_conversion(type, simplify_node(tree));
-  return Outcome::DONE;
+  tree = simplify_node(tree);
+  if (tree->op != op || !is_icon(tree->right)) {
+    tree = make_conversion(type, tree);
+    return Outcome::DONE;
+  }
+  // Nothing is gained, and a conversion above would only sink to the operands again.
+  tree->left = make_conversion(type, tree->left);
+  tree->right = make_conversion(type, tree->right);
+  set_type(tree, type);
+  return Outcome::NEXT;
 }
 
 // x >> K in a full word, logical or arithmetic as its own type says?

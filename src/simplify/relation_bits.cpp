@@ -118,8 +118,7 @@ Outcome demand_operand(NODE *&tree, std::uint32_t mask) {
 
 // Does the relation ask whether its left operand is 0 (value 0) or 1?
 bool compares_integer_with(const NODE *tree, Opcode op, std::int32_t value) {
-  return tree->op == op && is_icon_of(tree->right, value) && is_integer(tree->left->type) &&
-         !is_icon(tree->left);
+  return tree->op == op && is_icon_of(tree->right, value) && is_integer(tree->left->type);
 }
 
 // Only a test against 0 is the same for a bit and for the bit moved down.

@@ -6,10 +6,6 @@
 namespace velkor {
 namespace {
 
-// Conditions above this many nodes are not turned around: the attempt works on a copy, and nested
-// attempts would make the cost grow with the square of the size. People write far shorter ones.
-constexpr int largest_negated_condition = 256;
-
 // Is the tree within the budget of nodes? Never looks at more nodes than that.
 bool fits(const NODE *tree, int &budget) {
   for (; tree; tree = tree->op == LABELDEF ? nullptr : tree->left) {
@@ -17,11 +13,6 @@ bool fits(const NODE *tree, int &budget) {
     if (tree->right && !fits(tree->right, budget)) return false;
   }
   return true;
-}
-
-bool is_small_condition(const NODE *tree) {
-  int budget = largest_negated_condition;
-  return fits(tree, budget);
 }
 
 // A test of the opposite; the condition stays.
@@ -61,6 +52,11 @@ bool is_object_address(const NODE *node) {
 
 } // namespace
 
+bool is_small(const NODE *tree) {
+  int budget = largest_examined_tree;
+  return fits(tree, budget);
+}
+
 NODE *decide_relation(NODE *relation, bool holds) {
   NODE *constant = make_icon(holds ? 1 : 0, relation->type);
   return make_comma(discard_value(relation), constant);
@@ -69,8 +65,6 @@ NODE *decide_relation(NODE *relation, bool holds) {
 // (x rel y) != 0  ->  x rel y;  (x rel y) == 0  ->  x negated-rel y;  x != 0  ->  (test of x) != 0
 Outcome test_against_zero(NODE *&tree) {
   if (!is_equality(tree) || !is_icon_of(tree->right, 0)) return Outcome::NEXT;
-  // Two constants are the folder's: asking again would not end if it has refused.
-  if (is_icon(tree->left) || tree->left->op == FCON) return Outcome::NEXT;
   NODE *test = tree->left = simplify_test(tree->left);
   if (is_relation(test)) {
     if (tree->op == EQ) test->op = op_negated(test->op);
@@ -101,7 +95,7 @@ Outcome negate_logical(NODE *&tree) {
   if (!is_zero_comparison(tree)) return Outcome::NEXT;
   if (logical->op != LOGICAL_AND && logical->op != LOGICAL_OR) return Outcome::NEXT;
   if (!op_boolean(logical->left->op) && !op_boolean(logical->right->op)) return Outcome::NEXT;
-  if (!is_small_condition(logical)) return Outcome::NEXT;
+  if (!is_small(logical)) return Outcome::NEXT;
   NODE *left = negated_copy(logical->left);
   NODE *right = negated_copy(logical->right);
   // Nothing is won where a negation only moves inwards, and && and || themselves take two
@@ -126,7 +120,7 @@ Outcome negate_logical(NODE *&tree) {
 Outcome negate_alternatives(NODE *&tree) {
   NODE *choice = tree->left;
   if (!is_zero_comparison(tree) || choice->op != CONDITIONAL) return Outcome::NEXT;
-  if (!is_small_condition(choice->right)) return Outcome::NEXT;
+  if (!is_small(choice->right)) return Outcome::NEXT;
   NODE *arms = choice->right;
   NODE *left = negated_copy(arms->left);
   NODE *right = negated_copy(arms->right);

@@ -216,8 +216,8 @@ Outcome subtract_sides(NODE *&tree) {
   NODE *right = tree->right;
   if (!is_equality(tree) || is_condition_or_icon(left) || is_condition_or_icon(right))
     return Outcome::NEXT;
-  if (left->type != right->type || !is_integer(left->type) || has_side_effects(tree))
-    return Outcome::NEXT;
+  if (left->type != right->type || !is_integer(left->type)) return Outcome::NEXT;
+  if (!is_small(left) || !is_small(right) || has_side_effects(tree)) return Outcome::NEXT;
   // Narrow values are subtracted as the words that they are.
   const TypeWord type = promote_type(left->type);
   NODE *difference = simplify_node(make_node(SUBTRACT, left, right, type));

@@ -31,6 +31,12 @@ namespace velkor {
   return node->op == EQ && is_icon_of(node->right, 0);
 }
 
+// Rules that copy or walk whole operands leave larger ones alone: nested relations would otherwise
+// cost time with the square of their size, and stack with their depth. People write far smaller
+// ones.
+inline constexpr int largest_examined_tree = 256; // nodes
+[[nodiscard]] bool is_small(const NODE *tree);
+
 // The relation replaced by a constant of its type, whatever it does left in front; takes the tree.
 [[nodiscard]] NODE *decide_relation(NODE *relation, bool holds);
 

@@ -251,8 +251,7 @@ constexpr Rule test_table[] = {
 
 bool is_cheap_symbol(const SYM *sym) {
   if (sym->scqual & (CQ_REGISTER | CQ_CREGISTER)) return true;
-  const bool is_local =
-      sym->sclass == C_AUTO || sym->sclass == C_REG || sym->sclass == C_VREG;
+  const bool is_local = sym->sclass == C_AUTO || sym->sclass == C_REG || sym->sclass == C_VREG;
   return is_local && is_scalar(sym->stype);
 }
 

@@ -124,6 +124,7 @@ TEST_F(ReassociateTest, CommonScalesShiftsAndMasks) {
       {"bit_or(bit_and(_x, _z), bit_and(_y, _z))", "bit_and(bit_or(_x, _y), _z)"},
       {"bit_xor(bit_and(_x, 5), bit_and(_y, 5))", "bit_and(bit_xor(_x, _y), 5)"},
       {"bit_and:long(sconv:long(_us), 65535:long)", "sconv:long(_us)"},
+      {"bit_and:long(sconv:long(_us), 21:long)", "bit_and:long(_us, 21:long)"},
       // Products of eight bits lose what a common scale would bring back.
       {"add:int(multiply:uchar(_uc, 4), multiply:int(_x, 4))", nullptr},
   });

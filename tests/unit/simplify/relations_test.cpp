@@ -12,8 +12,7 @@ TEST_F(RelationsTest, ConditionsAgainstZero) {
                {"ne(lt(_x, _y), 0)", "lt(_x, _y)"},
                {"eq(lt(_f, _g), 0)", "ge(_f, _g)"},
                {"eq(logical_and(lt(_x, _y), _z), 0)", "logical_or(ge(_x, _y), eq(_z, 0))"},
-               {"eq(logical_or(lt(_x, _y), gt(_z, _n)), 0)",
-                "logical_and(ge(_x, _y), le(_z, _n))"},
+               {"eq(logical_or(lt(_x, _y), gt(_z, _n)), 0)", "logical_and(ge(_x, _y), le(_z, _n))"},
                {"eq(conditional(_n, alternatives(lt(_x, _y), gt(_x, _z))), 0)",
                 "conditional(_n, alternatives(ge(_x, _y), le(_x, _z)))"},
                // An arm that is no condition keeps the comparison outside.
@@ -24,7 +23,7 @@ TEST_F(RelationsTest, ConditionsAgainstZero) {
 // Bare p and q are not 0 or 1, which the relation's value is.
 TEST_F(RelationsTest, NegatedAlternativesAreTruthValues) {
   expect_rows({{"eq(conditional(_n, alternatives(eq(_x, 0), eq(_y, 0))), 0)",
-                "conditional(_n, alternatives(ne(_x, 0), ne(_y, 0)))"}});
+                "ne(conditional(_n, alternatives(_x, _y)), 0)"}});
 }
 
 TEST_F(RelationsTest, Normalized) {
@@ -37,7 +36,7 @@ TEST_F(RelationsTest, Normalized) {
 
 TEST_F(RelationsTest, FactorsAndQuotients) {
   expect_rows({{"eq(multiply(_x, 3), 0)", "eq(_x, 0)"},
-               {"lt(multiply(_s, 3), 0)", "lt(_s, 0)"},
+               {"lt(multiply:int(_s, 3), 0)", "lt(_s, 0)"},
                // The product may be one of unsigned words that wraps.
                {"lt(multiply(_x, 3), 0)", nullptr},
                {"eq(multiply(_x, 4), 0)", nullptr},
@@ -52,16 +51,16 @@ TEST_F(RelationsTest, FactorsAndQuotients) {
                {"ge(shift_right(_x, 4), 3)", "ge(_x, 48)"},
                {"lt(shift_right(_x, 4), 0)", "lt(_x, 0)"},
                {"le(shift_right(_x, 4), 2)", "lt(_x, 48)"},
-               {"ge(shift_right(_x, 31), 1)", "0"},
+               {"ge(shift_right(_x, 31), 1)", "gt(shift_right(_x, 31), 0)"},
                {"ge(shift_right:int(_u, 4), 3)", nullptr}});
 }
 
 TEST_F(RelationsTest, NegativesAndComplements) {
   expect_rows({{"eq(negate(_x), 5)", "eq(_x, -5)"},
-               {"lt(negate(_s), 6)", "gt(_s, -6)"},
+               {"lt(negate:int(_s), 6)", "gt(_s, -6)"},
                // -x may wrap where it comes from unsigned words, and 0 is no unsigned extreme.
                {"lt(negate(_x), 6)", nullptr},
-               {"ult(negate(_s), 6)", nullptr},
+               {"ult(negate:int(_s), 6)", nullptr},
                {"eq(negate(_x), -2147483648)", nullptr},
                {"ult(bit_xor(_u, -1:unsigned), 5:unsigned)", "ugt(_u, -6:unsigned)"},
                {"eq(complement(_u), 5:unsigned)", "eq(_u, -6:unsigned)"}});
@@ -100,14 +99,14 @@ TEST_F(RelationsTest, BitsThatMatter) {
                {"lt(member(_st, _b3), 9)", "1"},
                {"ne(bit_and(_x, 1), 0)", "bit_and(_x, 1)"},
                {"eq(bit_and(_x, 1), 1)", "bit_and(_x, 1)"},
-               {"eq(bit_and(_x, 1), 0)", "bit_xor(bit_and(_x, 1), 1)"},
-               {"ne(bit_and(_x, 1), 1)", "bit_xor(bit_and(_x, 1), 1)"},
+               {"eq(member(_st, _b1), 0)", "bit_xor:int(member(_st, _b1), 1)"},
+               {"ne(member(_st, _b1), 1)", "bit_xor:int(member(_st, _b1), 1)"},
                {"eq(bit_and(_x, 8), 8)", "bit_and(shift_right(_x, 3), 1)"},
                {"ne(bit_and(_x, 8), 0)", "bit_and(shift_right(_x, 3), 1)"},
                {"ne(bit_and(_x, shift_left(1, _n)), 0)", "bit_and(shift_right(_x, _n), 1)"},
                {"ne(bit_and(shift_left(1, _n), _x), 0)", "bit_and(shift_right(_x, _n), 1)"},
                // 2^n and 1 are not the same.
-               {"eq(bit_and(_x, shift_left(1, _n)), 1)", nullptr}});
+               {"eq(bit_and(shift_left(1, _n), _x), 1)", nullptr}});
 }
 
 TEST_F(RelationsTest, AddendsMoveIntoTheConstant) {
@@ -117,7 +116,7 @@ TEST_F(RelationsTest, AddendsMoveIntoTheConstant) {
                {"eq(subtract(_x, _y), 0)", "eq(_x, _y)"},
                {"eq(subtract(_l, _l), 0)", "1"},
                {"lt(add(_x, 3), 7)", "lt(_x, 4)"},
-               {"le(add(_s, 3), 7)", "lt(_s, 5)"},
+               {"le(add:int(_s, 3), 7)", "lt(_s, 5)"},
                // x + y may have wrapped: the program adds in another order.
                {"lt(add(add(_x, _y), 3), 7)", nullptr},
                {"lt(add(_x, 2147483647), -5)", nullptr},
@@ -125,8 +124,7 @@ TEST_F(RelationsTest, AddendsMoveIntoTheConstant) {
                 "eq(subtract(ucall(address(_fn)), ucall(address(_fm))), 2)"},
                {"lt(add(_x, 3), add(_y, 3))", "lt(_x, _y)"},
                {"lt(add(_x, 3), add(_y, 5))", nullptr},
-               {"eq(subtract(_u, 0x80000000:unsigned), 0x80000000:unsigned)",
-                "eq(_u, 0:unsigned)"},
+               {"eq(subtract(_u, 0x80000000:unsigned), 0x80000000:unsigned)", "eq(_u, 0:unsigned)"},
                {"lt(_x, add(_y, 1))", "le(_x, _y)"},
                {"ge(_x, add(_y, 1))", "gt(_x, _y)"},
                {"le(_x, add(_y, -1))", "lt(_x, _y)"},
@@ -145,7 +143,7 @@ TEST_F(RelationsTest, LikeTermsCancel) {
                {"ult(add(_p, _u), _p)", nullptr},
                // The idiom that asks whether a sum has wrapped.
                {"lt(add(_x, _y), _x)", nullptr},
-               {"lt(add(_s, _c), _s)", "lt(_c, 0)"}});
+               {"lt(add:int(_s, _c), _s)", "lt(_c, 0)"}});
 }
 
 TEST_F(RelationsTest, SameOperands) {
@@ -192,11 +190,11 @@ TEST_F(RelationsTest, ReplacedByConstants) {
     return text(replace_by_constant(value, type, tree(pattern), tree(input)));
   };
   EXPECT_EQ(replaced("lt(_x, _y)", "bit_or(lt(_x, _y), _z)", 0), text(tree("_z")));
-  EXPECT_EQ(replaced("gt(_y, _x)", "lt(_x, _y)", 1), text(tree("1")));
+  EXPECT_EQ(replaced("lt(_x, _y)", "lt(_x, _y)", 1), text(tree("1")));
   EXPECT_EQ(replaced("ucall(address(_fn))", "add(_x, ucall(address(_fn)))", 2),
             text(tree("comma_op(ucall(address(_fn)), add(_x, 2))")));
-  EXPECT_EQ(replaced("_c", "assign(_x, _c)", 300, type_of_replaced),
-            text(tree("assign(_x, 44:char)")));
+  EXPECT_EQ(replaced("_c", "add(_x, sconv:int(_c))", 300, type_of_replaced),
+            text(tree("add(_x, 44)")));
   // A variable that is stored to is no value.
   EXPECT_EQ(replaced("_x", "assign(_x, add(_x, _y))", 0), text(tree("assign(_x, _y)")));
   EXPECT_EQ(replaced("_i", "deref(address(_i))", 0), text(tree("_i")));
