@@ -209,7 +209,6 @@ Outcome discard_middle(NODE *&tree) {
     tree->left = replace_by_left(inner);
     return Outcome::AGAIN;
   }
-  set_type(inner, inner->right->type);
   if (inner->right->op != COMMA_OP) return Outcome::NEXT;
   tree->left = simplify_node(inner); // turns the list at its right
   return Outcome::NEXT;

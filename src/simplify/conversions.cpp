@@ -176,7 +176,7 @@ Outcome shorten_addend(NODE *&tree) {
 // does not.
 bool sinks_through(const NODE *operation, TypeWord type) {
   const bool may_wrap = is_unsigned_integer(type) || is_signed_integer(operation->type);
-  if (!is_integer(operation->left->type)) return false;
+  if (is_leaf(operation) || !is_integer(operation->left->type)) return false;
   switch (operation->op) {
   case BIT_AND:
   case BIT_OR:

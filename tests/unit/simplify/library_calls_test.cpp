@@ -17,7 +17,7 @@ TEST_F(LibraryCallsTest, EffectsRiseOutOfArguments) {
        "comma_op(comma_op(assign(_x, 1), assign(_y, 2)), "
        "call(address(_fn), comma(comma(_z, _n), _i)))"},
       {"xcall[\"run\"](comma(_z, aconv:int(comma_op(assign(_x, _y), _n))))",
-       "comma_op(assign(_x, _y), xcall[\"run\"](comma(_z, _n)))"},
+       "comma_op(assign(_x, _y), xcall[\"run\"](comma(_z, aconv(_n))))"},
       {"call(address(_fn), comma(_x, ucall(address(_fm))))", nullptr},
   });
 }
@@ -26,7 +26,7 @@ TEST_F(LibraryCallsTest, CopiesOfMemory) {
   expect_rows({
       {"call(address(_memcpy), comma(comma(_cp, _cq), 8:unsigned))",
        "memcpy:char*(comma(comma(_cp, _cq), 8:unsigned))"},
-      {"xcall[\"memcpy\"]:void*(comma(comma(_cp, _cq), 8:unsigned))",
+      {"xcall:void*[\"memcpy\"](comma(comma(_cp, _cq), 8:unsigned))",
        "memcpy:void*(comma(comma(_cp, _cq), 8:unsigned))"},
       {"call(address(_memcpy), comma(_cp, _cq))", nullptr},
       {"call(address(_memcpy), comma(comma(_x, _cq), 8:unsigned))", nullptr},
