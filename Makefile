@@ -32,6 +32,10 @@ test: release checked
 fuzz: release
 	tests/fuzz/fuzz.py $(N) --start $(SEED) --bin $(RELEASE)/bin --jobs $(JOBS)
 
+# All trees of two operators through the simplifier, before and after.
+exhaustive: release
+	$(RELEASE)/bin/exhaustive_test
+
 bench: release
 	bench/run $(RELEASE)/bin
 

@@ -37,6 +37,38 @@ const NODE *skip_conversions(const NODE *tree) {
   return tree;
 }
 
+// An object that lives through the whole run and that the program promised not to change. What C
+// calls const is weaker for automatic objects, which begin anew, and for what a pointer reaches.
+bool is_constant_object(const NODE *name) {
+  if (!is_const_node(name)) return false;
+  switch (name->u.sym->sclass) {
+  case C_EXT:
+  case C_STAT:
+  case C_EXTDEF:
+  case C_USTATIC:
+  case C_STATREG:
+  case C_EXTREG: return true;
+  default: return false;
+  }
+}
+
+// Does the address lie in a literal or in a constant object?
+bool points_at_constant(const NODE *address) {
+  for (;;)
+    switch (address->op) {
+    case SCON: return true;
+    case ADDRESS:
+      for (address = address->left; address->op == MEMBER;)
+        address = address->left;
+      return address->op == NAME && is_constant_object(address);
+    case ADD: address = is_pointer(address->left->type) ? address->left : address->right; continue;
+    case SUBTRACT:
+    case PCONV:
+    case ISP2CHAR: address = address->left; continue;
+    default: return false;
+    }
+}
+
 } // namespace
 
 bool is_constant_tree(const NODE *tree) {
@@ -54,10 +86,10 @@ bool is_constant_tree(const NODE *tree) {
       if (is_dotted_name(tree->left)) return true;
       tree = tree->left;
       continue;
-    case NAME: return is_const_node(tree);
+    case NAME: return is_constant_object(tree);
     case DEREF:
     case ARROW:
-      if (!is_const_node(tree)) return false;
+      if (!is_const_node(tree) || !points_at_constant(tree->left)) return false;
       if (tree->op == DEREF && tree->right && !is_constant_tree(tree->right)) return false;
       tree = tree->left;
       continue;

@@ -110,6 +110,47 @@ Outcome wrap_addend(NODE *&tree) {
 }
 
 // ------------------------------------------------------------------------------------------------
+// The operand of x op= y
+
+// The operators of whose operands only as many low bits count as the result has.
+bool works_on_low_bits(Opcode op) {
+  switch (op) {
+  case ASG_ADD:
+  case ASG_SUBTRACT:
+  case ASG_MULTIPLY:
+  case ASG_AND:
+  case ASG_OR:
+  case ASG_XOR: return true;
+  default: return false;
+  }
+}
+
+// x op= y  ->  x op= (type of x) y, of the same width
+Outcome convert_operand(NODE *&tree) {
+  const TypeWord type = tree->left->type;
+  const NODE *operand = tree->right;
+  if (works_on_low_bits(tree->op) && are_different_integers(type, operand->type) &&
+      type_width(type) == 32 && type_width(operand->type) == 32)
+    tree->right = make_conversion(type, tree->right);
+  return Outcome::NEXT;
+}
+
+// x op= (T) y  ->  x op= y, x op= y & K  ->  x op= y, integers only: a float's conversion counts
+Outcome strip_operand(NODE *&tree) {
+  if (!works_on_low_bits(tree->op)) return Outcome::NEXT;
+  const TypeWord type = tree->left->type;
+  for (;;) {
+    NODE *operand = tree->right;
+    if (conversion_is_needless(type, operand))
+      tree->right = replace_by_left(operand);
+    else if (masks_whole_target(type, operand))
+      tree->right = strip_mask(operand);
+    else
+      return Outcome::NEXT;
+  }
+}
+
+// ------------------------------------------------------------------------------------------------
 // x = x op y
 
 // Links of a chain of one operator that are searched for the target.
@@ -205,7 +246,10 @@ Outcome seek_compound_form(NODE *&tree) {
   if (is_floating(value->type) && !is_floating(tree->type)) return Outcome::NEXT;
   tree->right = hoist_target_operand(tree->left, tree->right, 0);
   tree = to_compound_assignment(tree);
-  return tree->op == ASSIGN ? Outcome::NEXT : Outcome::DONE;
+  if (tree->op == ASSIGN) return Outcome::NEXT;
+  (void)convert_operand(tree);
+  (void)strip_operand(tree);
+  return Outcome::DONE;
 }
 
 // x = x  ->  x, x = (x = y)  ->  x = y
@@ -256,47 +300,6 @@ constexpr Rule assign_table[] = {
     {"x = (y = z)  ->  y = (x = z)", assign_local_first},
 };
 
-// ------------------------------------------------------------------------------------------------
-// x op= y
-
-// The operators of whose operands only as many low bits count as the result has.
-bool works_on_low_bits(Opcode op) {
-  switch (op) {
-  case ASG_ADD:
-  case ASG_SUBTRACT:
-  case ASG_MULTIPLY:
-  case ASG_AND:
-  case ASG_OR:
-  case ASG_XOR: return true;
-  default: return false;
-  }
-}
-
-// x op= y  ->  x op= (type of x) y, of the same width
-Outcome convert_operand(NODE *&tree) {
-  const TypeWord type = tree->left->type;
-  const NODE *operand = tree->right;
-  if (works_on_low_bits(tree->op) && are_different_integers(type, operand->type) &&
-      type_width(type) == 32 && type_width(operand->type) == 32)
-    tree->right = make_conversion(type, tree->right);
-  return Outcome::NEXT;
-}
-
-// x op= (T) y  ->  x op= y, x op= y & K  ->  x op= y, integers only: a float's conversion counts
-Outcome strip_operand(NODE *&tree) {
-  if (!works_on_low_bits(tree->op)) return Outcome::NEXT;
-  const TypeWord type = tree->left->type;
-  for (;;) {
-    NODE *operand = tree->right;
-    if (conversion_is_needless(type, operand))
-      tree->right = replace_by_left(operand);
-    else if (masks_whole_target(type, operand))
-      tree->right = strip_mask(operand);
-    else
-      return Outcome::NEXT;
-  }
-}
-
 // x op= y  ->  x = x op y, which may come back as a compound assignment
 Outcome expand(NODE *&tree) {
   if (has_side_effects(tree->left)) return Outcome::NEXT;
@@ -310,7 +313,6 @@ Outcome expand(NODE *&tree) {
 constexpr Rule compound_assignment_table[] = {
     {"x op= y  ->  x op= (type of x) y", convert_operand},
     {"x op= (T) y  ->  x op= y, x op= y & K  ->  x op= y", strip_operand},
-    {"x op= (b , y)  ->  (b , x op= y)", hoist_loose_effects},
     {"x op= y  ->  x = x op y", expand},
 };
 

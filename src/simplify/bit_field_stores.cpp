@@ -297,6 +297,17 @@ bool is_repeatable(const NODE *value) {
   return value->op == NAME && value->u.sym->sclass == C_AUTO && !is_volatile_node(value);
 }
 
+// Moves what is to be done ahead of a value from the value to the chain, so that a chain of
+// assignments is not walked again at each of its levels.
+void take_commas(NODE *&chain, NODE *&value) {
+  while (value->op == COMMA_OP) {
+    NODE *comma = value;
+    value = comma->right;
+    chain = make_comma(chain, comma->left);
+    erase_node(comma);
+  }
+}
+
 // x = v  ->  ((B = v , x = B) , what the field holds of B)
 NODE *expand_store_value(NODE *assignment) {
   if (is_step(assignment)) return expand_step_value(assignment);
@@ -304,12 +315,15 @@ NODE *expand_store_value(NODE *assignment) {
   NODE *field = assignment->left;
   const std::int32_t width = field_of(assignment)->size;
   const TypeWord type = field->type;
-  NODE *value = simplify_tree(expand_tree(assignment->right, Use::VALUE));
-  erase_node(assignment);
   NODE *chain = nullptr;
+  NODE *value = expand_tree(assignment->right, Use::VALUE);
+  erase_node(assignment);
+  take_commas(chain, value);
+  value = simplify_tree(value);
+  take_commas(chain, value);
   if (!is_repeatable(value)) {
     SYM *symbol = new_temporary(value->type);
-    chain = make_assign(make_name(symbol), value);
+    chain = make_comma(chain, make_assign(make_name(symbol), value));
     value = make_name(symbol);
   }
   NODE *result = field_value(copy_tree(value), width, type);

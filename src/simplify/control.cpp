@@ -192,6 +192,7 @@ Outcome discard_left(NODE *&tree) {
   // A comma's own left side was discarded when it was simplified: long lists are not walked again.
   if (tree->left->op == COMMA_OP) return Outcome::NEXT;
   tree->left = discard_value(tree->left);
+  if (tree->left && tree->left->op == COMMA_OP) tree->left = simplify_node(tree->left);
   if (tree->left) return Outcome::NEXT;
   const TypeWord type = tree->type;
   NODE *value = tree->right;

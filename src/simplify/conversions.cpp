@@ -63,7 +63,10 @@ Outcome enum_to_int(NODE *&tree) {
 Outcome demand_target_bits(NODE *&tree) {
   if (!is_integer(tree->type) || !is_integer(tree->left->type)) return Outcome::NEXT;
   if (type_width(tree->type) >= type_width(tree->left->type)) return Outcome::NEXT;
+  const Opcode op = tree->left->op;
   tree->left = demand_bits(tree->left, type_mask(tree->type));
+  // Another operator may ask less of its operands.
+  if (tree->left->op != op) tree->left = demand_bits(tree->left, type_mask(tree->type));
   // Effects of what is not looked at come out in front.
   return tree->left->op == COMMA_OP ? finish(tree, tree) : Outcome::NEXT;
 }

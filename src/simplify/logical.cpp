@@ -25,13 +25,18 @@ bool tests_for_zero(const NODE *node) {
   return node->op == EQ && is_icon_of(node->right, 0);
 }
 
+// A test that becomes a value: a comparison with zero may have a better form as one.
+NODE *test_to_value(NODE *test) {
+  return tests_for_zero(test) ? simplify_node(test) : test;
+}
+
 // Erases the operator and one operand; the other one's truth value takes their place, in the
 // operator's type: the operand may be a 0 or 1 of an unsigned one.
 Outcome keep_truth_of(NODE *&tree, NODE *kept, NODE *dropped) {
   erase_tree(dropped);
   const TypeWord type = tree->type;
   erase_node(tree);
-  tree = keep_type(type, truth_value(kept));
+  tree = keep_type(type, truth_value(test_to_value(kept)));
   return Outcome::DONE;
 }
 
@@ -280,7 +285,7 @@ Outcome replace_by_truth(NODE *&tree, NODE *condition) {
   erase_node(true_arm(tree));
   erase_node(false_arm(tree));
   erase_conditional(tree);
-  tree = keep_type(type, truth_value(condition));
+  tree = keep_type(type, truth_value(test_to_value(condition)));
   return Outcome::DONE;
 }
 
@@ -457,12 +462,16 @@ NODE *logical_to_bitwise(NODE *node) {
   if (node->op == LOGICAL_OR) {
     if (may_have_effects(node)) return node;
     node->op = BIT_OR;
+    node->left = test_to_value(a);
+    node->right = test_to_value(b);
     return truth_of_result(node);
   }
   const std::uint32_t bit_of_a = possible_bits(a, a->type);
   const std::uint32_t bit_of_b = possible_bits(b, b->type);
   if (!std::has_single_bit(bit_of_a) || !std::has_single_bit(bit_of_b) || may_have_effects(node))
     return node;
+  node->left = test_to_value(a);
+  node->right = test_to_value(b);
   return and_of_single_bits(node, bit_of_a, bit_of_b);
 }
 

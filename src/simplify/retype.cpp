@@ -10,9 +10,8 @@
 #include "core/output.h"
 #include "core/questions.h"
 #include "diag/dump.h"
+#include "simplify/compound.h"
 #include "simplify/patterns.h"
-
-#include <utility>
 
 namespace velkor {
 namespace {
@@ -258,28 +257,6 @@ NODE *retype_comparison(NODE *tree) {
 // ------------------------------------------------------------------------------------------------
 // Assignments
 
-// Does the operator's compound assignment compute what the operator does?
-bool computes_in_common_type(const NODE *operation) {
-  if (is_pointer(operation->type) && is_pointer(operation->left->type)) return true;
-  return operation->type == balance_type(operation->left, operation->right);
-}
-
-Opcode compound_opcode(Opcode op) {
-  switch (op) {
-  case ADD: return ASG_ADD;
-  case SUBTRACT: return ASG_SUBTRACT;
-  case MULTIPLY: return ASG_MULTIPLY;
-  case BIT_AND: return ASG_AND;
-  case BIT_OR: return ASG_OR;
-  case BIT_XOR: return ASG_XOR;
-  case DIVIDE: return ASG_DIVIDE;
-  case REMAINDER: return ASG_REMAINDER;
-  case SHIFT_LEFT: return ASG_SHIFT_LEFT;
-  case SHIFT_RIGHT: return ASG_SHIFT_RIGHT;
-  default: return ILLOP;
-  }
-}
-
 // a = a', a = (a' = z)  ->  the right side
 bool stores_into_itself(const NODE *assignment) {
   const NODE *target = assignment->left;
@@ -297,29 +274,9 @@ NODE *eliminate_assignment(NODE *assignment) {
   return value;
 }
 
-// x op a'  ->  a' op x. A left operand with effects is evaluated before a, and may change it.
-void move_target_left(const NODE *target, NODE *operation) {
-  if (op_swapped(operation->op) == ILLOP || operation->right->op != NAME) return;
-  if (!is_same_object(target, operation->right) || has_side_effects(operation->left)) return;
-  std::swap(operation->left, operation->right);
-  operation->op = op_swapped(operation->op);
-}
-
-// a = a' op z  ->  a op= z
-void combine_assignment(NODE *assignment) {
-  const NODE *target = assignment->left;
-  NODE *operation = assignment->right;
-  const Opcode op = compound_opcode(operation->op);
-  const NODE *source = operation->left;
-  if (op == ILLOP || source->op != NAME || !is_same_object(target, source)) return;
-  const bool alike =
-      source->type == target->type || (is_pointer(source->type) && is_pointer(target->type));
-  // The compound assignment evaluates z first, and reads a afterwards.
-  if (!alike || !computes_in_common_type(operation) || has_side_effects(operation->right)) return;
-  assignment->op = op;
-  assignment->right = operation->right;
-  erase_tree(operation->left);
-  erase_node(operation);
+bool is_target(const NODE *target, const NODE *operand) {
+  if (operand->op != NAME || !is_same_object(target, operand)) return false;
+  return operand->type == target->type || (is_pointer(operand->type) && is_pointer(target->type));
 }
 
 // What late knowledge of registers makes of an assignment to a NAME.
@@ -328,9 +285,10 @@ NODE *retype_assign(NODE *assignment) {
   if (stores_into_itself(assignment)) return eliminate_assignment(assignment);
   NODE *value = assignment->right;
   if (!value->left || !value->right || op_effect(value->op) != PURE) return assignment;
-  move_target_left(assignment->left, value);
-  combine_assignment(assignment);
-  return assignment;
+  // a = a' op z  ->  a op= z. The compound assignment evaluates z first and reads a afterwards: z
+  // may not change a.
+  if (has_side_effects(value->left) || has_side_effects(value->right)) return assignment;
+  return to_compound_assignment(assignment, is_target);
 }
 
 bool is_enum_name(const NODE *node) {

@@ -9,7 +9,6 @@
 #include "simplify/sequencing_steps.h"
 #include "simplify/simplify.h"
 
-#include <utility>
 
 namespace velkor::sequencing {
 namespace {

@@ -3,7 +3,7 @@
 #include "simplify/truth.h"
 
 #include "core/bit_arithmetic.h"
-#include "core/questions.h"
+#include "core/compare.h"
 #include "simplify/bits.h"
 #include "simplify/patterns.h"
 #include "simplify/rule_sets.h"
@@ -43,7 +43,7 @@ Outcome strip_widening(NODE *&tree) {
 
 Outcome replace_by_outcome(NODE *&tree, bool outcome) {
   tree = make_comma(discard_value(tree), make_icon(outcome, INT));
-  return Outcome::DONE;
+  return tree->op == COMMA_OP ? finish(tree, tree) : Outcome::DONE;
 }
 
 // x with a bit that is always set  ->  (effects of x , 1)
@@ -122,6 +122,24 @@ Outcome toggle_tested_bit(NODE *&tree) {
   return Outcome::AGAIN;
 }
 
+// x == 0 of a test x. Of && || and ? the relation's own rules may make the opposite; what they make
+// of others is a value, x ^ 1 in the end, which would lead back here.
+Outcome test_for_zero(NODE *&tree, NODE *test) {
+  if (op_negated(test->op) != ILLOP) {
+    tree = negate_condition(test);
+    return Outcome::AGAIN;
+  }
+  const bool has_opposite =
+      test->op == LOGICAL_AND || test->op == LOGICAL_OR || test->op == CONDITIONAL;
+  tree = make_node(EQ, test, make_icon(0, INT), INT);
+  if (!has_opposite) return Outcome::AGAIN;
+  tree = simplify_node(tree);
+  if (tree->op != BIT_XOR || !is_icon_of(tree->right, 1)) return Outcome::AGAIN;
+  erase_node(tree->right);
+  tree = make_node(EQ, replace_by_left(tree), make_icon(0, INT), INT);
+  return Outcome::DONE;
+}
+
 // x ^ P  ->  x == 0, x being 0 or the single bit P
 Outcome test_toggled_bit(NODE *&tree) {
   if (tree->op != BIT_XOR || !is_icon(tree->right)) return Outcome::NEXT;
@@ -133,12 +151,7 @@ Outcome test_toggled_bit(NODE *&tree) {
       possible_bits(operand, tree->type) & ~static_cast<std::uint32_t>(bit);
   if (others != 0 && !(bit == 1 && is_boolean_tree(operand))) return Outcome::NEXT;
   erase_node(tree->right);
-  operand = simplify_test(replace_by_left(tree));
-  if (op_negated(operand->op) != ILLOP)
-    tree = negate_condition(operand);
-  else
-    tree = make_node(EQ, operand, make_icon(0, INT), INT);
-  return Outcome::AGAIN;
+  return test_for_zero(tree, simplify_test(replace_by_left(tree)));
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -222,8 +235,9 @@ Outcome simplify_arms(NODE *&tree) {
   arms->left = test_of_arm(arms->left);
   arms->right = test_of_arm(arms->right);
   depth -= 1;
-  if (!is_icon(arms->left) && !is_icon(arms->right)) return Outcome::DONE;
-  // Arms that came out as constants may decide more.
+  // Arms that came out as constants, or alike, may decide more.
+  if (!is_icon(arms->left) && !is_icon(arms->right) && !trees_equal(arms->left, arms->right, true))
+    return Outcome::DONE;
   tree = simplify_node(tree);
   return tree->op == CONDITIONAL ? Outcome::DONE : Outcome::AGAIN;
 }

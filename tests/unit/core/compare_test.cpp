@@ -104,6 +104,38 @@ TEST_F(CompareTest, ConstantTreesAreConstantsAddressesAndConstObjects) {
   EXPECT_TRUE(is_constant_tree(node(ADD, name(table), icon(2))));
   EXPECT_TRUE(is_constant_tree(node(ADDRESS, x(), nullptr, pointer_to(INT))));
   EXPECT_FALSE(is_constant_tree(call()));
+  SYM *local = symbol("_local", INT);
+  local->squal = 1;
+  EXPECT_FALSE(is_constant_tree(name(local))) << "each turn of a loop may begin it anew";
+  NODE *pointer = name(symbol("_p", pointer_to(INT), 0, C_STAT));
+  pointer->u.sym->squal = 16;
+  pointer->qual = 16;
+  NODE *access = node(DEREF, pointer);
+  access->qual = 1;
+  EXPECT_FALSE(is_constant_tree(access)) << "a const pointer may point at what changes";
+  NODE *element = node(DEREF, node(ADDRESS, name(table), nullptr, pointer_to(INT)));
+  element->qual = 1;
+  EXPECT_TRUE(is_constant_tree(element));
+}
+
+TEST_F(CompareTest, LongChainsThatDifferAtTheirEndAreToldApartInTime) {
+  const auto chain = [&](NODE *end) {
+    for (int i = 0; i < 2000; ++i)
+      end = node(ADD, end, i % 2 ? x() : y());
+    return end;
+  };
+  EXPECT_TRUE(trees_equal(chain(z()), chain(z()), false));
+  EXPECT_FALSE(trees_equal(chain(z()), chain(icon(1)), false));
+}
+
+TEST_F(CompareTest, FloatingSumsKeepTheirGrouping) {
+  SYM *d = symbol("_d", DOUBLE);
+  SYM *e = symbol("_e", DOUBLE);
+  SYM *f = symbol("_f", DOUBLE);
+  const auto sum = [&](NODE *a, NODE *b) { return node(ADD, a, b, DOUBLE); };
+  EXPECT_FALSE(
+      trees_equal(sum(sum(name(d), name(e)), name(f)), sum(name(d), sum(name(e), name(f))), false));
+  EXPECT_TRUE(trees_equal(sum(name(d), name(e)), sum(name(e), name(d)), false));
 }
 
 } // namespace

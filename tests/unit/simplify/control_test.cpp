@@ -26,7 +26,7 @@ TEST_F(ControlTest, Assertions) {
       {"assert(logical_and(logical_and(_x, _y), _z))",
        "comma_op:void(comma_op:void(assert(_x), assert(_y)), assert(_z))"},
       {"assert(logical_and(_x, logical_and(_y, _z)))",
-       "comma_op:void(comma_op:void(assert(_x), assert(_y)), assert(_z))"},
+       "comma_op:void(comma_op(assert(_x), assert(_y)), assert(_z))"},
       // too dear for && and || as such, but an assertion has nothing to skip
       {"assert(logical_or(_x, add(_g1, _g2)))", "assert(bit_or(ne(_x, 0), ne(add(_g1, _g2), 0)))"},
       {"assert(logical_or(_x, ucall(address(_fn))))",

@@ -3,6 +3,8 @@
 #include "simplify/fold.h"
 #include "tree_rows.h"
 
+#include <ctime>
+
 namespace velkor {
 namespace {
 
@@ -66,9 +68,9 @@ TEST_F(ConversionsTest, ChainsOfConversions) {
 TEST_F(ConversionsTest, NarrowingDemandsLowBits) {
   expect_rows({
       {"sconv:uchar(bit_and(_x, 255))", "sconv:uchar(_x)"},
-      {"sconv:char(add(_x, sconv:int(sconv:char(_y))))", "sconv:char(add(_x, _y))"},
-      {"sconv:char(subtract(sconv:char(_x), _y))", "sconv:char(subtract(_x, _y))"},
-      {"sconv:char(add(sconv:char(_x), sconv:char(_y)))", "sconv:char(add(_x, _y))"},
+      {"sconv:char(add(_x, sconv:int(sconv:char(_y))))", "sconv:char(add(_y, _x))"},
+      {"sconv:char(subtract:int(sconv:char(_x), _y))", "sconv:char(subtract(_x, _y))"},
+      {"sconv:char(add:int(sconv:char(_x), sconv:char(_y)))", "sconv:char(add(_x, _y))"},
       {"sconv:uchar(add(_x, 256))", "sconv:uchar(_x)"},
       {"sconv:uchar(add(_x, 200))", "sconv:uchar(add(_x, -56))"},
       // Not through a conversion from a floating type.
@@ -132,7 +134,7 @@ TEST_F(ConversionsTest, ArmsConvertThemselves) {
        "conditional(_x, alternatives(sconv:double(sconv:unsigned(_y)), sconv:double(_u)))"},
       {"pconv:char*(conditional(_x, alternatives(_y, _z)))",
        "conditional(_x, alternatives(pconv:char*(_y), pconv:char*(_z)))"},
-      {"sconv:char(conditional(_x, alternatives(300, 44)))", "comma_op(_x, 44:char)"},
+      {"sconv:char(conditional(_x, alternatives(300, 44)))", "44:char"},
   });
 }
 
@@ -150,7 +152,7 @@ TEST_F(ConversionsTest, PointersAndArguments) {
       {"aconv:int(_c)", "aconv:int(_c)"},
       {"aconv:char(300)", "aconv:char(44:char)"},
       {"aconv:int(sconv:int(_d))", "aconv:int(_d)"},
-      {"aconv:int(sconv:char(sconv:int(_d)))", "aconv:int(sconv:char(_d))"},
+      {"aconv:int(sconv:char(sconv:int(_d)))", nullptr},
       {"aconv:char*(_p)", nullptr},
   });
 }
@@ -177,12 +179,15 @@ TEST_F(ConversionsTest, ConvertTreeFoldsConstants) {
 // Conversions that alternate along a chain take time in proportion to its length.
 TEST_F(ConversionsTest, AlternatingConversionsStayLinear) {
   NODE *chain = tree("_x");
-  for (int i = 0; i < 1500; ++i) {
+  for (int i = 0; i < 6000; ++i) {
     const TypeWord type = i % 2 ? INT : UNSIGNED;
     NODE *operand = make_node(SCONV, chain, nullptr, type);
-    chain = make_node(BIT_XOR, operand, tree(i % 2 ? "_y" : "_u"), type);
+    chain = make_node(i % 2 ? BIT_AND : BIT_OR, operand, tree(i % 2 ? "_y" : "_u"), type);
   }
+  const std::clock_t start = std::clock();
   EXPECT_TRUE(simplify_tree(chain));
+  // A fraction of a second; minutes if each conversion sank to the end of the chain.
+  EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 10);
 }
 
 } // namespace
