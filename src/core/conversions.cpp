@@ -79,6 +79,8 @@ NODE *convert_tree(TypeWord type, NODE *tree) {
     tree = tree->left;
     erase_node(inner);
   }
+  // What is left may be of the type already: (unsigned) (int) u.
+  if (tree->type == type && !is_bit_field_member(tree)) return tree;
   NODE *conversion = make_node(SCONV, tree, nullptr, type);
   return tree->op == ICON || tree->op == FCON ? simplify_sconv(conversion) : conversion;
 }

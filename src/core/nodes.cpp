@@ -12,8 +12,6 @@
 namespace velkor {
 namespace {
 
-constexpr std::int32_t lowest_label_index = -30000;
-
 bool has_aux_text(Opcode op) {
   return op == SCON || op == FCON || op == ASM || op == PPRAGMA || op == ASSERT;
 }
@@ -216,10 +214,9 @@ EDGE *edge_sort(EDGE *list) {
 
 LABEL *label_new(std::int32_t index, LABEL *next, BB *bb) {
   auto *label = static_cast<LABEL *>(lalloc(sizeof(LABEL)));
-  if (index <= 0) {
-    if (state.label_counter <= lowest_label_index) state.label_counter = 0;
-    index = --state.label_counter;
-  }
+  // The counter begins anew with each function; it has 32 bits, so no two labels ever share a
+  // number.
+  if (index <= 0) index = --state.label_counter;
   *label = {next, bb, index, 0};
   return label;
 }

@@ -217,6 +217,7 @@ void begin_function(const Packet &packet) {
   state.local_address_taken = false;
   state.has_bit_fields = false;
   state.assertions_present = false;
+  state.label_counter = 0;
   state.function_is_leaf = true;
   state.begin_value = static_cast<std::int16_t>(packet.value);
   find_function();

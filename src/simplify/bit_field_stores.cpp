@@ -261,10 +261,6 @@ bool is_bitwise_assignment(const NODE *node) {
 }
 
 NODE *expand_store_void(NODE *assignment) {
-  if (is_step(assignment)) {
-    step_to_compound(assignment);
-    return expand_store(assignment, Use::NOTHING);
-  }
   if (changes_something(assignment->right)) return store_by_temporary(assignment);
   if (!is_bitwise_assignment(assignment)) {
     assignment = expand_compound_assignment(assignment);
@@ -282,12 +278,6 @@ NODE *expand_step_value(NODE *step) {
   SYM *old = new_temporary(step->type);
   NODE *save = make_assign(make_name(old), copy_tree(step->left));
   step_to_compound(step);
-  if (is_volatile_node(step->left)) { // it has been read for this time
-    const Opcode op = asgop_base(step->op);
-    NODE *name = make_name(old);
-    step->op = ASSIGN;
-    step->right = make_node(op, name, step->right, balance_type(name, step->right));
-  }
   return expand_tree(make_comma(make_comma(save, step), make_name(old)), Use::VALUE);
 }
 
@@ -331,6 +321,66 @@ NODE *expand_store_value(NODE *assignment) {
   return make_comma(make_comma(chain, store), result);
 }
 
+// ------------------------------------------------------------------------------------------------
+// Updates of volatile fields
+
+// What the field holds of a unit whose value is in a temporary.
+NODE *field_of_word(SYM *word, FieldView view) {
+  NODE *bits = mask_field(make_name(word), view.width, view.shift, view.type);
+  return move_field(prepare_value(bits, view, 0), view, value_width(view.type), 0, view.type);
+}
+
+NODE *append_assignment(NODE *chain, SYM *symbol, NODE *value) {
+  return make_comma(chain, make_assign(make_name(symbol), value));
+}
+
+// x op= y  ->  B = unit , unit = (B & ~mask) | (x of B op y)'
+// The unit is read once and written once, whatever the value is used for.
+NODE *expand_volatile_update(NODE *assignment, Use use) {
+  const bool wants_old = is_step(assignment);
+  if (wants_old) step_to_compound(assignment);
+  NODE *chain = nullptr;
+  NODE *operand = expand_tree(assignment->right, Use::VALUE);
+  if (changes_something(operand)) {
+    SYM *symbol = new_temporary(operand->type);
+    chain = append_assignment(chain, symbol, operand);
+    operand = make_name(symbol);
+  }
+  FieldView view;
+  NODE *unit = load_field(assignment->left, 0, view);
+  SYM *word = new_temporary(unit->type);
+  chain = append_assignment(chain, word, copy_tree(unit));
+
+  const Opcode op = asgop_base(assignment->op);
+  NODE *old = field_of_word(word, view);
+  const bool is_shift = op == SHIFT_LEFT || op == SHIFT_RIGHT;
+  const TypeWord type = is_shift ? promote_type(old->type) : balance_type(old, operand);
+  NODE *value = make_node(op, old, operand, type);
+  SYM *updated = use == Use::NOTHING || wants_old ? nullptr : new_temporary(type);
+  if (updated) {
+    chain = append_assignment(chain, updated, value);
+    value = make_name(updated);
+  }
+
+  take_unit_as_target(assignment, unit);
+  assignment->op = ASSIGN;
+  NODE *others =
+      make_node(BIT_AND, make_name(word), other_bits(unit, view, unit->type), unit->type);
+  value = value_in_place(value, view);
+  assignment->right = make_node(BIT_OR, others, value, balance_type(others, value));
+  chain = make_comma(chain, assignment);
+  if (use == Use::NOTHING) return chain;
+  NODE *result =
+      updated ? field_value(make_name(updated), view.width, view.type) : field_of_word(word, view);
+  return make_comma(chain, result);
+}
+
+// Is the field read for more than the unit's other bits?
+bool updates_volatile(const NODE *assignment, Use use) {
+  if (!is_volatile_node(assignment->left) || assignment->op == ASSIGN) return false;
+  return use != Use::NOTHING || !is_bitwise_assignment(assignment);
+}
+
 } // namespace
 
 NODE *expand_store(NODE *assignment, Use use) {
@@ -340,8 +390,10 @@ NODE *expand_store(NODE *assignment, Use use) {
     return assignment;
   }
   if (!is_integer(assignment->right->type)) assignment = convert_value(assignment);
+  if (use == Use::NOTHING && is_step(assignment)) step_to_compound(assignment);
   NODE *tree = apply_rules(field_store_rules, assignment);
   if (is_bit_field_access(tree)) return expand_tree(tree, use);
+  if (updates_volatile(tree, use)) return expand_volatile_update(tree, use);
   if (use != Use::NOTHING) return expand_store_value(tree);
   return expand_store_void(apply_rules(discarded_field_store_rules, tree));
 }

@@ -95,44 +95,38 @@ NODE *expand_tree(NODE *tree, Use use) {
 namespace {
 
 // Puts tree into a new cell behind the given one, which keeps what executes first.
-LIST *split_cell(LIST *cell, NODE *first, NODE *tree) {
+void split_cell(LIST *cell, NODE *first, NODE *tree) {
   cell->item = first;
   cell->next = list_cons(tree, cell->next, cell->line, cell->line2);
-  return cell->next;
-}
-
-// (a , b) op c  ->  a; b op c
-LIST *split_left_commas(LIST *cell) {
-  NODE *tree = cell->item;
-  while (tree->op != LABELDEF && tree->left && tree->left->op == COMMA_OP) {
-    NODE *comma = tree->left;
-    NODE *first = comma->left;
-    tree->left = comma->right;
-    erase_node(comma);
-    cell = split_cell(cell, first, tree);
-  }
-  return cell;
 }
 
 // a , b  ->  a; b
-LIST *split_root_commas(LIST *cell) {
-  while (cell->item->op == COMMA_OP) {
-    NODE *comma = cell->item;
-    NODE *first = comma->left;
-    NODE *rest = comma->right;
-    erase_node(comma);
-    cell = split_cell(cell, first, rest);
+// (a , b) op c  ->  a; b op c
+bool split_comma(LIST *cell) {
+  NODE *tree = cell->item;
+  if (tree->op == LABELDEF) return false;
+  if (tree->op == COMMA_OP) {
+    split_cell(cell, tree->left, tree->right);
+    erase_node(tree);
+    return true;
   }
-  return cell;
+  NODE *comma = tree->left;
+  if (!comma || comma->op != COMMA_OP) return false;
+  tree->left = comma->right;
+  split_cell(cell, comma->left, tree);
+  erase_node(comma);
+  return true;
 }
 
 // Spreads what the expansion chained with commas over statements again; yields the last cell.
 LIST *split_statement(LIST *cell) {
-  do {
-    cell = split_left_commas(cell);
-    cell = split_root_commas(cell);
-  } while (cell->item->op != LABELDEF && cell->item->left && cell->item->left->op == COMMA_OP);
-  return cell;
+  const LIST *end = cell->next;
+  for (;;) {
+    while (split_comma(cell)) {
+    }
+    if (cell->next == end) return cell;
+    cell = cell->next;
+  }
 }
 
 } // namespace

@@ -188,7 +188,11 @@ Outcome mask_shifted(NODE *&tree) {
 Outcome mask_possible_bits(NODE *&tree) {
   if (!has_constant(tree)) return Outcome::NEXT;
   const std::uint32_t before = constant_of(tree);
+  const bool was_truth = is_boolean_tree(tree->left);
   if (demand_of_left(tree, before)) return simplified(tree);
+  // A smaller constant in x, 1 - y from 5 - y, may have made a truth value of it, which the rules
+  // above ask for; once more, and it is one already.
+  if (!was_truth && is_boolean_tree(tree->left)) return Outcome::AGAIN;
   const std::uint32_t type_bits = value_mask(tree->type);
   const std::uint32_t possible = possible_bits(tree->left, balance_type(tree->left, tree->right));
   if ((before & type_bits & ~possible) != 0) {

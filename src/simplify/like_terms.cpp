@@ -47,7 +47,9 @@ bool merge_into_conversion(NODE *&tree) {
   if (conversion->op != SCONV || conversion->type != tree->type || !is_word_integer(tree->type))
     return false;
   NODE *sum = conversion->left;
-  if (sum->op != ADD || !is_icon(sum->right) || !is_word_integer(sum->type)) return false;
+  if (sum->op != ADD || !is_integer_icon(sum->right) || !is_word_integer(sum->type)) return false;
+  // Where the two constants cannot meet inside, the conversion would sink again, and so on.
+  if (!is_integer(sum->left->type) || !is_integer_icon(tree->right)) return false;
   tree->left = sum;
   set_type(tree, sum->type);
   conversion->left = simplify_node(tree);

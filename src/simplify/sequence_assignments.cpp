@@ -9,7 +9,6 @@
 #include "simplify/sequencing_steps.h"
 #include "simplify/simplify.h"
 
-
 namespace velkor::sequencing {
 namespace {
 
@@ -147,6 +146,7 @@ NODE *store_by_temporary(NODE *node, LIST *cell) {
   emit(assign_constant(symbol, is_and ? 1 : 0, type), cell);
   emit_label(end, cell);
   node->right = make_name(symbol);
+  node->left = sequence_value(node->left, node, cell); // the target's address has its turn now
   return node;
 }
 

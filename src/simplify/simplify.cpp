@@ -248,6 +248,23 @@ bool rewrite_as_other_opcode(NODE *&node) {
   }
 }
 
+// Rules simplify what they built, so simplify_node runs within itself, a few dozen levels at the
+// most. A net for trees of types that no front end makes, where two rules might hand a tree to each
+// other for ever: that deep down, a node stays as it is.
+class Nesting {
+public:
+  Nesting() { level += 1; }
+  ~Nesting() { level -= 1; }
+  Nesting(const Nesting &) = delete;
+  Nesting &operator=(const Nesting &) = delete;
+  [[nodiscard]] bool is_too_deep() const { return level > deepest; }
+
+private:
+  static constexpr int deepest = 1000;
+  static int level;
+};
+int Nesting::level = 0;
+
 // The basic type that the files never use counts as none.
 void map_type(NODE *node) {
   if ((node->type & basic_type_mask) == UNUSED_TYPE)
@@ -343,6 +360,8 @@ NODE *simplify_tree(NODE *tree) {
 
 NODE *simplify_node(NODE *node) {
   if (node->op == LABELDEF) return node; // its operand is no tree
+  const Nesting nesting;
+  if (nesting.is_too_deep()) return node;
   for (;;) {
     map_type(node);
     if (hoist(node)) continue;

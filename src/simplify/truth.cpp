@@ -213,7 +213,8 @@ Outcome compare_stepped_value(NODE *&tree) {
   NODE *stepped_from_zero = make_icon(value_past_zero(tree), tree->type);
   tree->op = tree->op == INCREMENT ? ASG_ADD : ASG_SUBTRACT;
   tree = simplify_node(make_node(NE, simplify_node(tree), stepped_from_zero, INT));
-  return Outcome::DONE;
+  // A field of one bit yields no comparison but x ^ 1, which is a test of its own.
+  return tree->op == NE ? Outcome::DONE : Outcome::AGAIN;
 }
 
 // Conditionals in the arms of conditionals that are looked into.

@@ -93,6 +93,17 @@ std::string rules_text(const NODE *tree) {
   return text;
 }
 
+// The forms that another simplification may change, each with its reason.
+//
+// x op= (y op z): it is taken apart and put together again each time, and the operand that stands
+// at the end of the chain x op y op z makes room for x. So y and z change places.
+bool may_change_again(const NODE *tree) {
+  const Opcode base = asgop_base(tree->op);
+  if (base != ILLOP && tree->right->op == base && is_commutative(base)) return true;
+  return tree->left &&
+         (may_change_again(tree->left) || (tree->right && may_change_again(tree->right)));
+}
+
 // The checks of one tree at one level of optimization.
 struct Session {
   const World &world;
@@ -169,8 +180,11 @@ struct Session {
   void check_again(const NODE *result) {
     NODE *again = simplify_tree(copy_tree(result));
     if (!same_trees(again, result)) {
-      report(Check::STABLE,
-             change_text(source, result) + "  ->  " + text_of(world, again) + rules_text(result));
+      if (may_change_again(result))
+        totals.excepted += 1;
+      else
+        report(Check::STABLE,
+               change_text(source, result) + "  ->  " + text_of(world, again) + rules_text(result));
       compare(Check::AGAIN_VALUE, again, "again, ",
               [](std::uint32_t a, std::uint32_t b) { return a == b; });
     }

@@ -71,8 +71,8 @@ struct Walk {
   }
 
   void value_of(const NODE *tree, const Word &active, Word &value) const;
-  void arithmetic(std::uint8_t op, TypeWord left_type, TypeWord type, const Word &active,
-                  Word &value, const Word &right) const;
+  void arithmetic(std::uint8_t op, TypeWord left_type, TypeWord right_type, TypeWord type,
+                  const Word &active, Word &value, const Word &right) const;
   void unary(const NODE *tree, const Word &active, Word &value) const;
   void relation(const NODE *tree, const Word &active, Word &value) const;
   void logical(const NODE *tree, const Word &active, Word &value) const;
@@ -85,15 +85,30 @@ struct Walk {
 };
 
 // Signed arithmetic whose result no int holds has no meaning in C; the judge wraps it.
-void Walk::arithmetic(std::uint8_t op, TypeWord left_type, TypeWord type, const Word &active,
-                      Word &value, const Word &right) const {
+void Walk::arithmetic(std::uint8_t op, TypeWord left_type, TypeWord right_type, TypeWord type,
+                      const Word &active, Word &value, const Word &right) const {
   const bool is_unsigned = is_unsigned_word(type);
-  const bool checks_overflow = !is_unsigned && type_width(type) == 32;
+  const bool checks_overflow =
+      !is_unsigned && type_width(type) == 32 && !is_derived(left_type) && !is_derived(right_type);
   auto &a = value.lane;
   const auto &b = right.lane;
   const auto overflow = [&](std::size_t i, std::int64_t exact) {
     mark_undefined(active, i, exact != static_cast<std::int32_t>(exact));
   };
+  // A pointer leads nowhere beyond the ends of memory, and objects are smaller than half of it.
+  const auto bad_address = [&](std::size_t i, std::int64_t exact) {
+    mark_undefined(active, i, exact <= 0 || exact > std::int64_t{all_ones});
+  };
+  const bool left_is_pointer = is_derived(left_type);
+  const bool right_is_pointer = is_derived(right_type);
+  if (left_is_pointer && right_is_pointer && op == SUBTRACT) {
+    for_lanes([&](std::size_t i) { overflow(i, std::int64_t{a[i]} - std::int64_t{b[i]}); });
+  } else if (left_is_pointer && (op == ADD || op == SUBTRACT)) {
+    const std::int64_t sign = op == ADD ? 1 : -1;
+    for_lanes([&](std::size_t i) { bad_address(i, std::int64_t{a[i]} + sign * as_signed(b[i])); });
+  } else if (right_is_pointer && op == ADD) {
+    for_lanes([&](std::size_t i) { bad_address(i, std::int64_t{b[i]} + as_signed(a[i])); });
+  }
   switch (op) {
   case ADD:
     if (checks_overflow)
@@ -336,7 +351,7 @@ void Walk::assignment(const NODE *tree, const Word &active, Word &value) const {
                                                   : static_cast<std::uint8_t>(asgop_base(tree->op));
   const bool is_shift = op == SHIFT_LEFT || op == SHIFT_RIGHT;
   const TypeWord type = is_shift ? promoted(target_type) : balanced(target_type, tree->right->type);
-  arithmetic(op, type, type, active, value, right);
+  arithmetic(op, type, tree->right->type, type, active, value, right);
   store(tree->left, active, value);
   if (is_step) value = old;
   wrap(value, tree->type);
@@ -381,7 +396,21 @@ void Walk::value_of(const NODE *tree, const Word &active, Word &value) const {
     Word right;
     value_of(tree->left, active, value);
     value_of(tree->right, active, right);
-    arithmetic(tree->op, tree->left->type, tree->type, active, value, right);
+    arithmetic(tree->op, tree->left->type, tree->right->type, tree->type, active, value, right);
+    break;
+  }
+  case PMCONV:
+  case PVCONV: {
+    // The factor is in bits.
+    value_of(tree->left, active, value);
+    const std::int32_t factor = tree->right->u.lval / 8;
+    if (tree->right->op != ICON || factor == 0) return fail("a scaling by no constant");
+    for_lanes([&](std::size_t i) {
+      std::uint32_t &word = value.lane[i];
+      word = tree->op == PMCONV ? word * static_cast<std::uint32_t>(factor)
+                                : static_cast<std::uint32_t>(as_signed(word) / factor);
+    });
+    wrap(value, tree->type);
     break;
   }
   case EQ:

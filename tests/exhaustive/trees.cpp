@@ -3,6 +3,7 @@
 #include "core/nodes.h"
 
 #include <iterator>
+#include <vector>
 
 namespace velkor::exhaustive {
 namespace {
@@ -24,10 +25,11 @@ struct VariableChoice {
   VariableNumber other;
   VariableNumber wider;
 };
-constexpr VariableChoice choices[] = {{C1, C2, UC1, U1}, {S1, S2, UC1, U1},  {I1, I2, U1, UC1},
-                                      {L1, I2, U1, US1}, {UC1, UC2, C1, U1}, {US1, US2, C1, U1},
-                                      {U1, U2, I1, C1},  {UL1, U2, L1, S1},  {B3, U2, I1, UC1},
-                                      {S3, I2, U1, UC1}, {B1, B3, I1, UC1},  {AT_P, I2, U1, UC1}};
+constexpr VariableChoice choices[] = {{C1, C2, UC1, U1},  {S1, S2, UC1, U1},  {I1, I2, U1, UC1},
+                                      {L1, I2, U1, US1},  {UC1, UC2, C1, U1}, {US1, US2, C1, U1},
+                                      {U1, U2, I1, C1},   {UL1, U2, L1, S1},  {B3, U2, I1, UC1},
+                                      {S3, I2, U1, UC1},  {B1, B3, I1, UC1},  {P1, P2, I1, U1},
+                                      {AT_P, I2, U1, UC1}};
 
 constexpr Operand variable(VariableNumber number) {
   return {Operand::VARIABLE, number, nullptr};
@@ -91,6 +93,7 @@ struct Builder {
   NODE *converted(NODE *tree, TypeWord type, Opcode user);
   NODE *operation(Opcode op, TypeWord type, NODE *a, NODE *b, NODE *c);
   NODE *assignment(Opcode op, NODE *target, NODE *value);
+  NODE *pointer_operation(Opcode op, NODE *a, NODE *b);
   NODE *shape(const Shape &shape);
 };
 
@@ -122,9 +125,36 @@ NODE *Builder::converted(NODE *tree, TypeWord type, Opcode user) {
   return make_node(SCONV, tree, nullptr, type);
 }
 
+// The operators that take a pointer; integers count bytes.
+NODE *Builder::pointer_operation(Opcode op, NODE *a, NODE *b) {
+  const TypeWord type = is_derived(a->type) ? a->type : b->type;
+  const bool are_pointers = is_derived(a->type) && is_derived(b->type);
+  if (op == ADD || op == SUBTRACT) {
+    if (are_pointers) return op == ADD ? nullptr : make_node(op, a, b, INT);
+    if (op == SUBTRACT && is_derived(b->type)) return nullptr;
+    NODE *&offset = is_derived(a->type) ? b : a;
+    offset = converted(offset, INT, op);
+    return make_node(op, a, b, type);
+  }
+  if (!is_relation(op)) return nullptr;
+  if (are_pointers)
+    return make_node(op == EQ || op == NE ? op : static_cast<Opcode>(op + (ULE - LE)), a, b, INT);
+  // Of the integers only a constant 0 is a pointer as well.
+  if ((op != EQ && op != NE) || b->op != ICON || b->u.lval != 0) return nullptr;
+  b->type = a->type;
+  return make_node(op, a, b, INT);
+}
+
 NODE *Builder::assignment(Opcode op, NODE *target, NODE *value) {
   if (target->op != NAME && target->op != MEMBER && target->op != DEREF) return nullptr;
   const TypeWord type = target->type;
+  if (is_derived(type)) {
+    if (op == ASSIGN) return value->type == type ? make_node(op, target, value, type) : nullptr;
+    if (op == INCREMENT || op == DECREMENT) return make_node(op, target, make_icon(1, INT), type);
+    if ((op != ASG_ADD && op != ASG_SUBTRACT) || is_derived(value->type)) return nullptr;
+    return make_node(op, target, converted(value, INT, op), type);
+  }
+  if (value && is_derived(value->type)) return nullptr;
   if (op == INCREMENT || op == DECREMENT) {
     return make_node(op, target, make_icon(1, type), type);
   }
@@ -139,14 +169,20 @@ NODE *Builder::assignment(Opcode op, NODE *target, NODE *value) {
 
 NODE *Builder::operation(Opcode op, TypeWord type, NODE *a, NODE *b, NODE *c) {
   if (is_assigning(op)) return assignment(op, a, b);
-  if (op == SCONV) return a->type == type ? nullptr : make_node(SCONV, a, nullptr, type);
   if (op == LOGICAL_NOT) return make_node(op, a, nullptr, INT);
+  if (op == LOGICAL_AND || op == LOGICAL_OR) return make_node(op, a, b, INT);
+  if (op == CONDITIONAL && (is_derived(b->type) || is_derived(c->type))) {
+    if (b->type != c->type) return nullptr;
+    return make_node(op, a, make_node(ALTERNATIVES, b, c, b->type), b->type);
+  }
+  const bool has_pointer = op != CONDITIONAL && (is_derived(a->type) || (b && is_derived(b->type)));
+  if (has_pointer) return b ? pointer_operation(op, a, b) : nullptr;
+  if (op == SCONV) return a->type == type ? nullptr : make_node(SCONV, a, nullptr, type);
   if (!b) {
     const TypeWord result = promoted(a->type);
-    if ((op == ABS || op == SQUARE) && is_unsigned_basic(result) && op == ABS) return nullptr;
+    if (op == ABS && is_unsigned_basic(result)) return nullptr;
     return make_node(op, converted(a, result, op), nullptr, result);
   }
-  if (op == LOGICAL_AND || op == LOGICAL_OR) return make_node(op, a, b, INT);
   if (op == CONDITIONAL) {
     const TypeWord result = balanced(b->type, c->type);
     NODE *arms =
@@ -244,6 +280,98 @@ void each_assignment_of(const Operand &value, const Visit &visit) {
   }
 }
 
+// ------------------------------------------------------------------------------------------------
+// Three operators, where rules look at two operands of like shape, or at chains of constants
+
+// x, -x, ~x, x op K, x op y ...
+std::vector<Shape> shapes_on(VariableNumber x, VariableNumber y) {
+  constexpr std::uint8_t few_constants[] = {0, 1, 2, 3, 4, 6, 7, 13};
+  std::vector<Shape> shapes;
+  for (const Opcode op : {NEGATE, COMPLEMENT, LOGICAL_NOT, SQUARE})
+    shapes.push_back({op, INT, {variable(x)}});
+  for (const TypeWord type : conversion_types)
+    shapes.push_back({SCONV, type, {variable(x)}});
+  for (const Opcode op : binary_operators) {
+    for (const std::uint8_t number : few_constants)
+      shapes.push_back({op, INT, {variable(x), constant(number)}});
+    shapes.push_back({op, INT, {variable(x), variable(y)}});
+    if (!is_commutative(op)) {
+      shapes.push_back({op, INT, {variable(y), variable(x)}});
+      shapes.push_back({op, INT, {constant(1), variable(x)}});
+    }
+  }
+  return shapes;
+}
+
+Operand nested(const Shape &shape) {
+  return {Operand::SHAPE, 0, &shape};
+}
+
+// (x op ..) op (x op ..), (x op ..) op (y op ..)
+void each_pair(const VariableChoice &choice, const Visit &visit) {
+  const std::vector<Shape> left = shapes_on(choice.first, choice.second);
+  const std::vector<Shape> other = shapes_on(choice.second, choice.first);
+  for (const std::vector<Shape> *right : {&left, &other}) {
+    for (const Shape &a : left) {
+      for (const Shape &b : *right) {
+        for (const Opcode op : binary_operators)
+          visit({op, INT, {nested(a), nested(b)}});
+      }
+    }
+  }
+}
+
+// x rel .. ? a : b, where a and b may have to do with x
+void each_choice_of_two(const VariableChoice &choice, const Visit &visit) {
+  const std::vector<Shape> arms = shapes_on(choice.first, choice.second);
+  std::vector<Operand> operands = {variable(choice.first), variable(choice.second), constant(0),
+                                   constant(1), constant(2)};
+  for (const Shape &arm : arms)
+    operands.push_back(nested(arm));
+  for (const Opcode op : {EQ, NE, LE, LT, GE, GT, BIT_AND}) {
+    for (const Operand &bound : {constant(0), constant(1), constant(2), variable(choice.second)}) {
+      const Shape condition{op, INT, {variable(choice.first), bound}};
+      for (std::size_t i = 0; i < operands.size(); ++i) {
+        // Two large arms only of like operators.
+        for (std::size_t j = 0; j < operands.size(); ++j) {
+          const bool are_large = operands[i].shape && operands[j].shape;
+          if (are_large && operands[i].shape->op != operands[j].shape->op) continue;
+          visit({CONDITIONAL, INT, {nested(condition), operands[i], operands[j]}});
+        }
+      }
+    }
+  }
+}
+
+// ((x op K) op K) op K
+void each_chain(const VariableChoice &choice, const Visit &visit) {
+  constexpr std::uint8_t few_constants[] = {1, 3, 4, 7, 13, 23};
+  for (const Opcode first : binary_operators) {
+    for (const std::uint8_t a : few_constants) {
+      const Shape inner{first, INT, {variable(choice.first), constant(a)}};
+      for (const Opcode second : binary_operators) {
+        for (const std::uint8_t b : few_constants) {
+          const Shape middle{second, INT, {nested(inner), constant(b)}};
+          for (const Opcode third : binary_operators) {
+            for (const std::uint8_t c : few_constants)
+              visit({third, INT, {nested(middle), constant(c)}});
+          }
+        }
+      }
+    }
+  }
+}
+
+void each_of_three_operators(const Visit &visit) {
+  constexpr VariableChoice few_choices[] = {
+      {I1, I2, U1, UC1}, {U1, U2, I1, C1}, {UC1, UC2, C1, U1}, {S1, S2, U1, UC1}, {P1, P2, I1, U1}};
+  for (const VariableChoice &choice : few_choices) {
+    each_pair(choice, visit);
+    each_choice_of_two(choice, visit);
+    if (choice.first == I1 || choice.first == U1 || choice.first == UC1) each_chain(choice, visit);
+  }
+}
+
 std::uint64_t mixed(std::uint64_t word) {
   word += 0x9E3779B97F4A7C15u;
   word = (word ^ word >> 30) * 0xBF58476D1CE4E5B9u;
@@ -334,6 +462,7 @@ void enumerate_shapes(const Visit &visit) {
       each_assignment_of(operand, visit);
     });
   }
+  each_of_three_operators(visit);
 }
 
 NODE *random_tree(const World &world, std::uint64_t seed) {

@@ -32,7 +32,8 @@ enum class Style : std::uint8_t { FRONT_END, BARE };
 // meaning whatever the values; and for BARE when it is the same tree as for FRONT_END.
 [[nodiscard]] NODE *build_tree(const World &world, const Shape &shape, Style style);
 
-// Calls visit with every shape of one operator, then with every shape of two.
+// Calls visit with every shape of one operator, then of two, then with those of three where two
+// operands look alike or constants meet in a chain.
 void enumerate_shapes(const std::function<void(const Shape &)> &visit);
 
 // A tree of three to six operators that only depends on the seed; none as for build_tree.

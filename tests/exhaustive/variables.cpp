@@ -36,7 +36,12 @@ constexpr Values unsigned_values = {0,       1,        minus(1),   2,         3,
                                     8,       200,      255,        256,       0x8000, 0xFFFF,
                                     0x10000, minus(8), 0x7FFFFFFF, 0x80000000};
 
+constexpr Values pointer_values = {
+    0,          0x1000,     0x1001,     0x1002,     0x1003, 0x1008,     0x10FF,     0x1100,
+    0x7FFFFFFE, 0x7FFFFFFF, 0x80000000, 0x80000001, 0x9000, 0x80001000, 0xFFFFE000, 0xFFFFE001};
+
 const Values &boundary_values(TypeWord type) {
+  if (is_derived(type)) return pointer_values;
   switch (type) {
   case CHAR: return char_values;
   case SHORT: return short_values;
@@ -91,6 +96,8 @@ constexpr Declaration variable_table[] = {
     {"member(_st, _b3)", UNSIGNED},
     {"member(_st, _s3)", INT},
     {"member(_st, _b1)", UNSIGNED},
+    {"_cp", pointer_to(CHAR)},
+    {"_cq", pointer_to(CHAR)},
     {"deref(_p)", INT},
 };
 static_assert(std::size(variable_table) == variable_number_count);
@@ -137,12 +144,16 @@ const std::vector<std::string> &declarations(int level) {
       "symbol _g extern int",
       "symbol _printf extern_declared int()"};
   static const std::vector<std::string> automatics = {
-      "symbol _c auto char",     "symbol _c2 auto char",    "symbol _s auto short",
-      "symbol _s2 auto short",   "symbol _x auto int",      "symbol _y auto int",
-      "symbol _z auto int",      "symbol _l auto int",      "symbol _uc auto uchar",
-      "symbol _uc2 auto uchar",  "symbol _us auto ushort",  "symbol _us2 auto ushort",
-      "symbol _u auto unsigned", "symbol _v auto unsigned", "symbol _ul auto unsigned",
-      "symbol _p auto int*",     "symbol _r auto int",      "symbol _st auto struct tag=_st_tag"};
+      "symbol _c auto char",      "symbol _c2 auto char",
+      "symbol _s auto short",     "symbol _s2 auto short",
+      "symbol _x auto int",       "symbol _y auto int",
+      "symbol _z auto int",       "symbol _l auto int",
+      "symbol _uc auto uchar",    "symbol _uc2 auto uchar",
+      "symbol _us auto ushort",   "symbol _us2 auto ushort",
+      "symbol _u auto unsigned",  "symbol _v auto unsigned",
+      "symbol _ul auto unsigned", "symbol _p auto int*",
+      "symbol _cp auto char*",    "symbol _cq auto char*",
+      "symbol _r auto int",       "symbol _st auto struct tag=_st_tag"};
   return level == 0 ? globals : automatics;
 }
 

@@ -35,7 +35,9 @@ enum VariableNumber : std::uint8_t {
   UL1, // of char, short, ...
   B3,
   S3,
-  B1,   // bit fields
+  B1, // bit fields
+  P1,
+  P2,   // pointers to char
   AT_P, // *p
   variable_number_count
 };

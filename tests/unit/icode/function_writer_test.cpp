@@ -27,7 +27,10 @@ protected:
     x = symbol("_x", INT);
     state.local_syms = x;
   }
-  ~FunctionWriterTest() override { std::fclose(output.file); }
+  ~FunctionWriterTest() override {
+    std::fclose(output.file);
+    output.file = nullptr;
+  }
 
   BB *block() {
     BB *made = new (lalloc(sizeof(BB))) BB{};

@@ -91,29 +91,28 @@ TEST_F(BitFieldTest, Masks) {
 }
 
 TEST_F(BitFieldTest, Reads) {
-  expect_expansions(
-      {
-          {"assign(_u, member(_t, _ua))",
-           {"assign(_u, bit_and(deref(address:unsigned*(_t)), 7:unsigned))"}},
-          {"assign(_u, member(_t, _uf))",
-           {"assign(_u, bit_and(shift_right(deref(address:unsigned*(_t)), 8), 4095:unsigned))"}},
-          {"assign(_u, member(_t, _top))",
-           {"assign(_u, shift_right(deref(address:unsigned*(_t)), 28))"}},
-          {"assign(_x, member(_t, _sb))",
-           {"assign(_x, shift_right(multiply:int(deref(address:unsigned*(_t)), 16777216), 27))"}},
-          {"assign(_x, arrow(_tp, _s20))",
-           {"assign(_x, shift_right(multiply:int(deref(add(_tp:unsigned*, 12)), 4096), 12))"}},
-          {"assign(_u, arrow(_tp, _word))", {"assign(_u, deref(add(_tp:unsigned*, 4)))"}},
-          {"assign(_u, member(_b, _c8))", {"assign(_u, deref(add(address:uchar*(_b), 2)))"}},
-          {"assign(_u, member(_b, _far))",
-           {"assign(_u, bit_and(shift_right:unsigned(deref(address:ushort*(_b)), 5), "
-            "31:unsigned))"}}, // straddles two bytes: a halfword
-          {"assign(_u, member(member(_o, _in), _uf))",
-           {"assign(_u, bit_and(shift_right(deref(add(address:unsigned*(_o), 4)), 8), "
-            "4095:unsigned))"}},
-          {"assign(_u, member(arrow(_op, _in), _uf))",
-           {"assign(_u, bit_and(shift_right(deref(add(_op:unsigned*, 4)), 8), 4095:unsigned))"}},
-      });
+  expect_expansions({
+      {"assign(_u, member(_t, _ua))",
+       {"assign(_u, bit_and(deref(address:unsigned*(_t)), 7:unsigned))"}},
+      {"assign(_u, member(_t, _uf))",
+       {"assign(_u, bit_and(shift_right(deref(address:unsigned*(_t)), 8), 4095:unsigned))"}},
+      {"assign(_u, member(_t, _top))",
+       {"assign(_u, shift_right(deref(address:unsigned*(_t)), 28))"}},
+      {"assign(_x, member(_t, _sb))",
+       {"assign(_x, shift_right(multiply:int(deref(address:unsigned*(_t)), 16777216), 27))"}},
+      {"assign(_x, arrow(_tp, _s20))",
+       {"assign(_x, shift_right(multiply:int(deref(add(_tp:unsigned*, 12)), 4096), 12))"}},
+      {"assign(_u, arrow(_tp, _word))", {"assign(_u, deref(add(_tp:unsigned*, 4)))"}},
+      {"assign(_u, member(_b, _c8))", {"assign(_u, deref(add(address:uchar*(_b), 2)))"}},
+      {"assign(_u, member(_b, _far))",
+       {"assign(_u, bit_and(shift_right:unsigned(deref(address:ushort*(_b)), 5), "
+        "31:unsigned))"}}, // straddles two bytes: a halfword
+      {"assign(_u, member(member(_o, _in), _uf))",
+       {"assign(_u, bit_and(shift_right(deref(add(address:unsigned*(_o), 4)), 8), "
+        "4095:unsigned))"}},
+      {"assign(_u, member(arrow(_op, _in), _uf))",
+       {"assign(_u, bit_and(shift_right(deref(add(_op:unsigned*, 4)), 8), 4095:unsigned))"}},
+  });
 }
 
 TEST_F(BitFieldTest, TestsNeedNoShifts) {
@@ -319,7 +318,8 @@ TEST_F(BitFieldTest, ValuesOfStores) {
 TEST_F(BitFieldTest, VolatileFields) {
   expect_expansions({
       {"assign(_u, member(_t, _vf))",
-       {"assign(_u, bit_and:unsigned(deref[volatile](add(address:uchar*(_t), 9)), 15:unsigned))"}}, // the narrowest unit
+       {"assign(_u, bit_and:unsigned(deref[volatile](add(address:uchar*(_t), 9)), "
+        "15:unsigned))"}}, // the narrowest unit
       {"assign(_u, member(_t, _near))",
        {"assign(_u, bit_and(deref[volatile](add(address:unsigned*(_t), 8)), 7:unsigned))"}}, // shares
                                                                                              // a
@@ -329,12 +329,30 @@ TEST_F(BitFieldTest, VolatileFields) {
       {"assign(member(_t, _vf), 0:unsigned)",
        {"assign(deref[volatile](add(address:uchar*(_t), 9)), "
         "bit_and(deref[volatile](add(address:uchar*(_t), 9)), 240:uchar))"}},
+      // an update reads the unit once and writes it once
       {"assign(_u, increment(member(_t, _vf), 1:unsigned))",
-       {"assign(B$1, bit_and:unsigned(deref[volatile](add(address:uchar*(_t), 9)), 15:unsigned))",
-        "assign(deref[volatile](add(address:uchar*(_t), 9)), "
-        "bit_or:unsigned(bit_and(deref[volatile](add(address:uchar*(_t), 9)), 240:uchar), "
-        "bit_and(add(B$1, 1:unsigned), 15:unsigned)))",
-        "assign(_u, B$1)"}},
+       {"assign(B$1, deref[volatile](add(address:uchar*(_t), 9)))",
+        "assign(deref[volatile](add(address:uchar*(_t), 9)), bit_or:unsigned(bit_and(B$1, "
+        "240:uchar), bit_and(add(sconv:unsigned(B$1), 1:unsigned), 15:unsigned)))",
+        "assign(_u, bit_and:unsigned(B$1, 15:unsigned))"}},
+      {"assign(_u, asg_add(member(_t, _vf), 3:unsigned))",
+       {"assign(B$1, deref[volatile](add(address:uchar*(_t), 9)))",
+        "assign(B$2, add(bit_and:unsigned(B$1, 15:unsigned), 3:unsigned))",
+        "assign(deref[volatile](add(address:uchar*(_t), 9)), bit_or:unsigned(bit_and(B$1, "
+        "240:uchar), bit_and(B$2, 15:unsigned)))",
+        "assign(_u, bit_and(B$2, 15:unsigned))"}},
+      {"asg_subtract(member(_t, _vf), _u)",
+       {"assign(B$1, deref[volatile](add(address:uchar*(_t), 9)))",
+        "assign(deref[volatile](add(address:uchar*(_t), 9)), bit_or:unsigned(bit_and(B$1, "
+        "240:uchar), bit_and(subtract(sconv:unsigned(B$1), _u), 15:unsigned)))"}},
+      {"asg_shift_left(member(_t, _vf), ucall:int(address(_fn)))",
+       {"assign(B$1, ucall(address(_fn)))",
+        "assign(B$2, deref[volatile](add(address:uchar*(_t), 9)))",
+        "assign(deref[volatile](add(address:uchar*(_t), 9)), bit_or:unsigned(bit_and(B$2, "
+        "240:uchar), bit_and(shift_left(bit_and:unsigned(B$2, 15:unsigned), B$1), "
+        "15:unsigned)))"}},
+      {"asg_or(member(_t, _vf), _u)",
+       {"asg_or(deref[volatile](add(address:uchar*(_t), 9)), bit_and(_u, 15:unsigned))"}},
   });
 }
 

@@ -125,6 +125,16 @@ TEST_F(SequencingTest, ValuesOfLogicalOperators) {
       {{"assign(_z, asg_subtract(_x, logical_and(_y, ucall(address(_fn)))))"},
        {"if _y N1 N2", "N1:", "asg_subtract(_x, ne(ucall(address(_fn)), 0))",
         "N2:", "assign(_z, _x)"}},
+      // the target has control flow of its own
+      {{"assign(deref(add(_p, conditional(_x, alternatives(4, ucall(address(_fn)))))), "
+        "logical_and(_y, ucall(address(_fm))))"},
+       {"assign(S$1, 0)", "if _y N1 N3", "N1:", "if ucall(address(_fm)) N2 N3",
+        "N2:", "assign(S$1, 1)", "N3:", "if _x N4 N5", "N4:", "assign(S$2, 4)", "goto N6",
+        "N5:", "assign(S$2, ucall(address(_fn)))", "N6:", "assign(deref(add:int*(S$2, _p)), S$1)"}},
+      {{"assign(arrow(increment(_sp, 12), _b3), logical_or(_y, ucall(address(_fm))))"},
+       {"assign(S$1, 1:unsigned)", "if _y N3 N1", "N1:", "if ucall(address(_fm)) N3 N2",
+        "N2:", "assign(S$1, 0:unsigned)", "N3:", "assign(S$2, _sp)", "assign(_sp, add(_sp, 12))",
+        "assign(arrow(S$2, _b3), S$1)"}},
       // a volatile target is no simple one
       {{"asg_add(_vol, logical_and(_y, ucall(address(_fn))))"},
        {"assign(S$2, 0)", "if _y N1 N3", "N1:", "if ucall(address(_fn)) N2 N3",

@@ -85,6 +85,8 @@ TEST_F(TruthTest, Steps) {
       {"decrement(_u, 1:unsigned)", "ne(assign(_u, add(_u, -1:unsigned)), -1:unsigned)"},
       {"decrement(member(_st, _b3), 1:unsigned)",
        "ne(asg_add(member(_st, _b3), -1:unsigned), 7:unsigned)"},
+      // a field of one bit: not 1 is 0
+      {"decrement(member(_st, _b1), 1:unsigned)", "eq(asg_add(member(_st, _b1), -1:unsigned), 0)"},
       {"increment(_vol, 1)", "ne(asg_add(_vol, 1), 1)"},
       {"increment(_i, 2)", nullptr},
       {"increment(_c, 1:char)", nullptr},
