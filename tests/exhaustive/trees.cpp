@@ -343,6 +343,25 @@ void each_choice_of_two(const VariableChoice &choice, const Visit &visit) {
   }
 }
 
+// c ? (x op= a) : (x op= b)
+void each_choice_of_assignments(const VariableChoice &choice, const Visit &visit) {
+  const Operand target = variable(choice.first);
+  const Operand values[] = {constant(1), constant(4), variable(choice.second),
+                            variable(choice.other)};
+  const Shape relation{LT, INT, {target, variable(choice.second)}};
+  for (const Opcode op : assigning_operators) {
+    if (op == INCREMENT || op == DECREMENT) continue;
+    for (const Operand &a : values) {
+      for (const Operand &b : values) {
+        const Shape first{op, INT, {target, a}};
+        const Shape second{op, INT, {target, b}};
+        for (const Operand &condition : {variable(choice.second), nested(relation)})
+          visit({CONDITIONAL, INT, {condition, nested(first), nested(second)}});
+      }
+    }
+  }
+}
+
 // ((x op K) op K) op K
 void each_chain(const VariableChoice &choice, const Visit &visit) {
   constexpr std::uint8_t few_constants[] = {1, 3, 4, 7, 13, 23};
@@ -368,6 +387,7 @@ void each_of_three_operators(const Visit &visit) {
   for (const VariableChoice &choice : few_choices) {
     each_pair(choice, visit);
     each_choice_of_two(choice, visit);
+    each_choice_of_assignments(choice, visit);
     if (choice.first == I1 || choice.first == U1 || choice.first == UC1) each_chain(choice, visit);
   }
 }
