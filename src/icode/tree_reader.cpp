@@ -65,9 +65,9 @@ constexpr std::array<OpcodeTraits, 256> opcode_traits = [] {
         static_cast<std::uint8_t>(3 + fixed_field_bytes(opcode_table[op].fields));
   for (const int op : {int{RECORD_FILLER}, int{RECORD_SOURCE_FILE}, int{DDNODE}})
     traits[static_cast<std::size_t>(op)].precedes_node = true;
-  for (const Opcode op :
-       {MEMBER, ARROW, CONDITIONAL, BRANCH, DEFAULT, CBRANCH, CASE,    SWITCH, CALL,    STCALL,
-        XCALL,  UCALL, USTCALL,     UXCALL, ADDRESS, LOOP,    ENDLOOP, PMCONV, NASSERT, ASSERT})
+  for (const Opcode op : {MEMBER,  ARROW, CONDITIONAL, BRANCH, DEFAULT, CBRANCH, CASE,
+                          SWITCH,  CALL,  STCALL,      XCALL,  UCALL,   USTCALL, UXCALL,
+                          ADDRESS, LOOP,  ENDLOOP,     PMCONV, PVCONV,  NASSERT, ASSERT})
     traits[op].needs_look = true;
   for (const Opcode op : {BRANCH, DEFAULT, CBRANCH, CASE, ENDLOOP})
     traits[op].refers_to_label = true;
@@ -287,6 +287,7 @@ const char *shape_fault(const NODE *node) {
     return node->left->op == ICON && node->right->op == LABELREF
                ? nullptr
                : "a CASE without a constant and a label";
+  case PVCONV: return node->right->op == ICON ? nullptr : "a PVCONV without a constant size";
   case SWITCH: return is_case_list(node->right) ? nullptr : "a SWITCH without a list of cases";
   default: return nullptr;
   }
