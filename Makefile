@@ -34,7 +34,8 @@ fuzz: release
 
 # All trees of two operators through the simplifier, before and after.
 exhaustive: release
-	$(RELEASE)/bin/exhaustive_test
+	seq 0 $$(($(JOBS) - 1)) | xargs -P $(JOBS) -I{} \
+	  $(RELEASE)/bin/exhaustive_test --slice $(JOBS) --part {}
 
 bench: release
 	bench/run $(RELEASE)/bin
