@@ -97,7 +97,9 @@ void read_name_fields(NODE *node) {
   if (!sym) bad_input("a name without a symbol");
   sym = redirect_static(sym);
   set_symbol(node, sym);
-  if (sym->sclass == C_FIELD) state.has_bit_fields = true;
+  if (sym->sclass != C_FIELD) return;
+  if (sym->size < 1 || sym->size > 32) bad_input("a bit field of %d bits", sym->size);
+  state.has_bit_fields = true;
 }
 
 void read_bytes(NODE *node) {
@@ -282,7 +284,8 @@ const char *shape_fault(const NODE *node) {
   case CONDITIONAL: return node->right->op == ALTERNATIVES ? nullptr : "a ? without its two values";
   case BRANCH:
   case DEFAULT: return node->left->op == LABELREF ? nullptr : "a transfer without a label";
-  case CBRANCH: return node->right->op == LABELREF ? nullptr : "a CBRANCH without a label";
+  case CBRANCH:
+  case ENDLOOP: return node->right->op == LABELREF ? nullptr : "a branch without a label";
   case CASE:
     return node->left->op == ICON && node->right->op == LABELREF
                ? nullptr

@@ -107,6 +107,12 @@ std::vector<Case> file_level_cases() {
       {"label outside", assemble("L1:\n"), "a label outside a function's body"},
       {"scope outside", assemble("begin_block\n"), "a scope outside a function's body"},
       {"end of scope outside", assemble("end_block\n"), "a scope ends that was not opened"},
+      {"bit field without bits",
+       assemble("symbol _t struct_tag struct size=32\nsymbol _b bit_field unsigned size=-1\n"
+                "symbol .eos end_of_tag struct tag=_t\nsymbol _s extern struct tag=_t\n"
+                "symbol _f extern int()\nbegin_function 1\nend_parameters 1\nend_locals 1\n"
+                "1: member(_s, _b)\n"),
+       "a bit field of -1 bits"},
       {"tag of nothing", assemble("symbol _s extern struct tag=_t@0.9\n"),
        "!!! Error in 'sym_find', level=0, index=9, lex=0 !!!"},
   };
@@ -150,6 +156,8 @@ std::vector<Case> function_cases() {
        "a PMCONV without a constant size"},
       {"quotient of bytes that are no constant", in_function("1: pvconv(_x, _x)"),
        "a PVCONV without a constant size"},
+      {"machine loop without a label", in_function("1: endloop(_x, 5)"),
+       "a branch without a label"},
       {"label as a statement", in_function("L1:\n1: L1"), "a label inside an expression"},
       {"case as a statement", in_function("L1:\n1: case(1, L1)"), "a label inside an expression"},
       {"cases outside a switch", in_function("L1:\n1: add(_x, comma(5, default(L1)))"),
