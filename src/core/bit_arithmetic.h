@@ -22,6 +22,9 @@ namespace velkor {
 [[nodiscard]] constexpr std::int32_t wrapping_multiply(std::int32_t a, std::int32_t b) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
 }
+[[nodiscard]] constexpr bool sum_wraps(std::int32_t a, std::int32_t b) {
+  return std::int64_t{a} + b != wrapping_add(a, b);
+}
 [[nodiscard]] constexpr std::int32_t wrapping_negate(std::int32_t a) {
   return wrapping_subtract(0, a);
 }

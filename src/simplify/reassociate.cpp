@@ -181,6 +181,11 @@ Outcome merge_constants(NODE *&tree) {
   if (a->op != tree->op || !is_integer_icon(a->right) || !is_integer_icon(tree->right))
     return Outcome::NEXT;
   if (a->type != tree->type && !(a->type == INT && tree->type == UNSIGNED)) return Outcome::NEXT;
+  // The comparison rules take it that the program's signed sums do not wrap; that of the constants
+  // must not make one that does.
+  if (tree->op == ADD && is_signed_integer(tree->type) &&
+      sum_wraps(a->right->u.lval, tree->right->u.lval))
+    return Outcome::STOP;
   set_type(a, tree->type);
   tree->left = a->right;
   set_type(tree, balance_type(tree->left, tree->right));

@@ -57,7 +57,7 @@ TEST_F(ReassociateTest, ConstantsMoveOutwardsAndMerge) {
       {"add(add(_x, 1), add(_y, 2))", "add(add(_y, _x), 3)"},
       {"add(add(_x, 5), negate(_x))", "5"},
       {"add(add(_x, 1), 2)", "add(_x, 3)"},
-      {"add(add(_x, 2147483647), 1)", "add(_x, -2147483648)"},
+      {"add(add(_x, 2147483647), 1)", nullptr},
       {"add:unsigned(add(_x, 1), 2:unsigned)", "add:unsigned(_x, 3:unsigned)"},
       {"bit_and(bit_and(_x, 12), 10)", "bit_and(_x, 8)"},
       {"bit_xor(bit_xor(_x, 12), 10)", "bit_xor(_x, 6)"},

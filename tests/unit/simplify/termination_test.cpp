@@ -13,5 +13,12 @@ TEST_F(TerminationTest, AConversionAndASumOfAFloatingOperand) {
     EXPECT_TRUE(simplify_tree(tree(text))) << text;
 }
 
+// x + 127 + 2147483647 does not overflow for a negative x; with one constant it would.
+TEST_F(TerminationTest, ConstantsWhoseSumWrapsStayApart) {
+  expect_rows({{"add(add(_x, 127), 2147483647)", nullptr},
+               {"le(add(add(_x, 127), 2147483647), 0)", nullptr},
+               {"add:unsigned(add:unsigned(_u, -1:unsigned), 2:unsigned)", "add(_u, 1:unsigned)"}});
+}
+
 } // namespace
 } // namespace velkor
