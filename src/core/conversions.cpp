@@ -2,14 +2,11 @@
 
 #include "core/nodes.h"
 #include "core/options.h"
+#include "core/questions.h"
 #include "simplify/rule_sets.h"
 
 namespace velkor {
 namespace {
-
-bool is_bit_field_member(const NODE *node) {
-  return (node->op == MEMBER || node->op == ARROW) && node->right->u.sym->sclass == C_FIELD;
-}
 
 // Does the inner of two integer conversions lose nothing that the outer one keeps?
 bool inner_conversion_is_needless(TypeWord outer, const NODE *inner) {
@@ -73,14 +70,14 @@ NODE *convert_tree(TypeWord type, NODE *tree) {
     return tree;
   }
   if (!is_scalar(type) || !is_scalar(tree->type)) return tree;
-  if (tree->type == type && !is_bit_field_member(tree)) return tree;
+  if (tree->type == type && !is_bit_field_access(tree)) return tree;
   while (tree->op == SCONV && inner_conversion_is_needless(type, tree)) {
     NODE *inner = tree;
     tree = tree->left;
     erase_node(inner);
   }
   // What is left may be of the type already: (unsigned) (int) u.
-  if (tree->type == type && !is_bit_field_member(tree)) return tree;
+  if (tree->type == type && !is_bit_field_access(tree)) return tree;
   NODE *conversion = make_node(SCONV, tree, nullptr, type);
   return tree->op == ICON || tree->op == FCON ? simplify_sconv(conversion) : conversion;
 }

@@ -12,6 +12,11 @@ namespace velkor {
 // to something volatile? When all objects count as volatile the accesses are marked here.
 [[nodiscard]] bool has_side_effects(NODE *tree);
 
+// An access to a bit field.
+[[nodiscard]] inline bool is_bit_field_access(const NODE *node) {
+  return (node->op == MEMBER || node->op == ARROW) && node->right->u.sym->sclass == C_FIELD;
+}
+
 // Text for the listing only: an ASM node that generates no code.
 [[nodiscard]] bool is_comment_asm(const NODE *node);
 

@@ -3,6 +3,7 @@
 
 #include "core/conversions.h"
 #include "core/nodes.h"
+#include "core/questions.h"
 #include "core/records.h"
 #include "simplify/rules.h"
 #include "simplify/simplify.h"
@@ -14,11 +15,6 @@ namespace velkor {
 }
 [[nodiscard]] inline bool is_icon_of(const NODE *node, std::int32_t value) {
   return node->op == ICON && node->u.lval == value;
-}
-
-// An access to a bit field?
-[[nodiscard]] inline bool is_bit_field_access(const NODE *node) {
-  return (node->op == MEMBER || node->op == ARROW) && node->right->u.sym->sclass == C_FIELD;
 }
 
 // An operand that is the constant count of a shift within the word.

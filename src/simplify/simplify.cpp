@@ -40,10 +40,6 @@ bool takes_part_in_hoisting(const NODE *node) {
   }
 }
 
-bool is_bit_field_access(const NODE *node) {
-  return (node->op == MEMBER || node->op == ARROW) && node->right->u.sym->sclass == C_FIELD;
-}
-
 // x = K, whose value is K as x's type holds it. A bit field cuts K further, so it does not count.
 bool assigns_constant(const NODE *node) {
   return node->op == ASSIGN && node->right->op == ICON && !is_bit_field_access(node->left);
