@@ -14,10 +14,11 @@
 namespace velkor {
 
 enum class Outcome : std::uint8_t {
-  NEXT,  // does not apply, or only prepared something: the next rule is tried
-  DONE,  // the tree is the result
-  AGAIN, // the tree has a new shape: from the first rule on
-  STOP   // the tree stays as it is, and no later rule is tried
+  NEXT,      // does not apply: the next rule is tried
+  REWRITTEN, // has rewritten something, and the next rule is tried
+  DONE,      // the tree is the result
+  AGAIN,     // the tree has a new shape: from the first rule on
+  STOP       // the tree stays as it is, and no later rule is tried
 };
 
 // Takes the tree by reference and leaves what stands in its place.
@@ -43,9 +44,9 @@ inline constexpr int most_rounds = 64;
 [[nodiscard]] inline NODE *apply_rules(const RuleSet &set, NODE *tree) {
   for (int round = 0; round < most_rounds; ++round) {
     Outcome outcome = Outcome::NEXT;
-    for (std::size_t i = 0; i < set.rules.size() && outcome == Outcome::NEXT; ++i) {
+    for (std::size_t i = 0; i < set.rules.size() && outcome <= Outcome::REWRITTEN; ++i) {
       outcome = set.rules[i].apply(tree);
-      if (outcome == Outcome::DONE || outcome == Outcome::AGAIN) set.fired[i] += 1;
+      if (outcome != Outcome::NEXT && outcome != Outcome::STOP) set.fired[i] += 1;
     }
     if (outcome != Outcome::AGAIN) return tree;
   }
