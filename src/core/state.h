@@ -55,6 +55,8 @@ struct State {
   SYM *other_syms = nullptr;
   SYM *misc_syms = nullptr;
   int temp_counter = 0;
+  LIST *alloc_comments =
+      nullptr; // ASM comments of the allocator, in the order in which they go out
 };
 
 extern State state;

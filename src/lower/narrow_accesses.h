@@ -1,0 +1,13 @@
+// Memory accesses as narrow as what is looked at.
+#pragma once
+
+#include "core/records.h"
+
+namespace velkor {
+
+// Replaces accesses to words of which only some bits are demanded by accesses to a byte or a
+// halfword, where that is not dearer: (x & 0xFF) of an int in memory reads one byte. Takes the
+// statement; block and cell are handed on to unsimp_tree.
+[[nodiscard]] NODE *narrow_statement(NODE *tree, BB *block, LIST *cell);
+
+} // namespace velkor
