@@ -101,8 +101,9 @@ bool is_negated_term(const NODE *node, const NODE *sum) {
 
 // (-x) + b  ->  b + (-x), for the rules to come
 Outcome move_negated_right(NODE *&tree) {
-  if (is_negated_term(tree->left, tree)) std::swap(tree->left, tree->right);
-  return Outcome::NEXT;
+  if (!is_negated_term(tree->left, tree)) return Outcome::NEXT;
+  std::swap(tree->left, tree->right);
+  return Outcome::REWRITTEN;
 }
 
 // a + (-y)  ->  a - y

@@ -257,11 +257,10 @@ bool gives_constant_away(const NODE *tree) {
 // (-x) × b  ->  (x × -1) × b, for the next rules
 Outcome negation_to_product(NODE *&tree) {
   NODE *a = tree->left;
-  if (a->op == NEGATE && gives_constant_away(tree)) {
-    a->op = MULTIPLY;
-    a->right = make_icon(wrap_value(-1, a->type), a->type);
-  }
-  return Outcome::NEXT;
+  if (a->op != NEGATE || !gives_constant_away(tree)) return Outcome::NEXT;
+  a->op = MULTIPLY;
+  a->right = make_icon(wrap_value(-1, a->type), a->type);
+  return Outcome::REWRITTEN;
 }
 
 // (x × K1) × K2  ->  x × (K1 × K2)

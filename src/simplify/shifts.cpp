@@ -62,7 +62,7 @@ Outcome shift_all_out_to_right(NODE *&tree) {
   if (tree->op != SHIFT_RIGHT || is_floating(type) || count_of(tree) < width) return Outcome::NEXT;
   if (!is_signed_integer(type)) return keep_effects_and_zero(tree);
   tree->right->u.lval = width - 1;
-  return Outcome::NEXT;
+  return Outcome::REWRITTEN;
 }
 
 // x << n  ->  x * 2^n
