@@ -166,6 +166,7 @@ Outcome cancel_difference(NODE *&tree) {
   return Outcome::DONE;
 }
 
+// Of floats only equal ones cancel.
 Outcome leave_floats(NODE *&tree) {
   return is_floating(tree->type) ? Outcome::STOP : Outcome::NEXT;
 }

@@ -65,13 +65,14 @@ bool have_same_width(const NODE *a, const NODE *b) {
   return is_integer(a->type) && is_integer(b->type) && type_width(a->type) == type_width(b->type);
 }
 
+// x op y  ->  the operands in canonical order, constants merged
 Outcome order_operands(NODE *&tree) {
   const Opcode op = tree->op;
   tree = reassociate(tree);
   return tree->op == op ? Outcome::NEXT : Outcome::DONE;
 }
 
-// The operands are the same tree without effects: one is enough.
+// x op x  ->  x, op one of & |
 Outcome keep_one_operand(NODE *&tree) {
   if (!trees_equal(tree->left, tree->right, false)) return Outcome::NEXT;
   tree = convert_to_left(tree);
@@ -307,7 +308,8 @@ Outcome xor_of_equals(NODE *&tree) {
   return Outcome::DONE;
 }
 
-// x ^ K  ->  x | K where x has none of K's bits; x & ~K where it has all of them
+// x ^ K  ->  x | K, x having none of K's bits
+//        ->  x & ~K, x having all of them
 Outcome xor_known_bits(NODE *&tree) {
   if (!has_constant(tree)) return Outcome::NEXT;
   store_constant(tree->right, constant_of(tree), tree->type);

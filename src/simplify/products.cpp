@@ -235,13 +235,14 @@ Outcome order_factors(NODE *&tree) {
   return Outcome::AGAIN;
 }
 
-// x × K, K floating
+// x × K, K floating  ->  by the value of K
 Outcome multiply_float_constant(NODE *&tree) {
   if (tree->right->op != FCON || !is_floating(tree->type)) return Outcome::NEXT;
   tree = apply_rules(multiply_float_rules, tree);
   return Outcome::DONE;
 }
 
+// No rule below is for floating or pointer types.
 Outcome leave_other_types(NODE *&tree) {
   return is_integer(tree->type) ? Outcome::NEXT : Outcome::STOP;
 }
@@ -309,6 +310,7 @@ Outcome multiply_truths(NODE *&tree) {
   return finish(tree, tree);
 }
 
+// x × K  ->  by the value of K and the form of x
 Outcome multiply_constant(NODE *&tree) {
   if (!is_integer_icon(tree->right)) return Outcome::NEXT;
   tree = apply_rules(multiply_constant_rules, tree);
