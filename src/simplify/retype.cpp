@@ -243,10 +243,8 @@ TypeWord comparison_type(const NODE *relation) {
 }
 
 NODE *retype_comparison(NODE *tree) {
-  if (!is_unsigned_relation(tree->op)) {
-    tree = retype_relation(tree);
-    if (tree->op < EQ || tree->op > UGT) return tree->op == ICON ? tree : retype_tree(tree);
-  }
+  tree = retype_relation(tree);
+  if (tree->op < EQ || tree->op > UGT) return tree->op == ICON ? tree : retype_tree(tree);
   retype_operands(tree);
   const TypeWord type = comparison_type(tree);
   tree->left = convert_tree(type, tree->left);
@@ -320,8 +318,8 @@ NODE *retype_assignment(NODE *tree) {
   return tree;
 }
 
-// x op= y, x++, x--
-NODE *retype_compound_assignment(NODE *tree) {
+// x op= y but for shifts, x++, x--
+NODE *retype_update(NODE *tree) {
   tree->right = retype_tree(tree->right);
   tree->left = retype_place(tree->left);
   if (!is_pointer(tree->type))
@@ -336,6 +334,12 @@ NODE *retype_shift_assignment(NODE *tree) {
   tree->right = retype_tree(tree->right);
   promote_operand(tree->right);
   return tree;
+}
+
+NODE *retype_compound_assignment(NODE *tree) {
+  const Opcode base = asgop_base(tree->op);
+  const bool is_shift = base == SHIFT_LEFT || base == SHIFT_RIGHT;
+  return is_shift ? retype_shift_assignment(tree) : retype_update(tree);
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -373,6 +377,7 @@ bool is_same_object(const NODE *a, const NODE *b) {
 }
 
 NODE *retype_tree(NODE *tree) {
+  if (is_compound_assignment(tree->op)) return retype_compound_assignment(tree);
   switch (tree->op) {
   case NAME: return retype_name(tree);
   case ADD:
@@ -384,16 +389,8 @@ NODE *retype_tree(NODE *tree) {
   case BIT_OR:
   case BIT_XOR: return retype_arithmetic(tree);
   case ALTERNATIVES: return retype_alternatives(tree);
-  case ASG_ADD:
-  case ASG_SUBTRACT:
-  case ASG_MULTIPLY:
-  case ASG_AND:
-  case ASG_OR:
-  case ASG_XOR:
-  case ASG_DIVIDE:
-  case ASG_REMAINDER:
   case INCREMENT:
-  case DECREMENT: return retype_compound_assignment(tree);
+  case DECREMENT: return retype_update(tree);
   case NEGATE:
   case COMPLEMENT:
   case ABS:
@@ -403,8 +400,6 @@ NODE *retype_tree(NODE *tree) {
   case PVCONV: return retype_scaling(tree);
   case SHIFT_LEFT:
   case SHIFT_RIGHT: return retype_shift(tree);
-  case ASG_SHIFT_LEFT:
-  case ASG_SHIFT_RIGHT: return retype_shift_assignment(tree);
   case MEMBER:
   case ARROW: return retype_member(tree);
   case DEREF: return retype_access(tree);

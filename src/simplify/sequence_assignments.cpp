@@ -274,7 +274,7 @@ NODE *split_increment(NODE *node, LIST *cell) {
 } // namespace
 
 bool is_sequenced_assignment(Opcode op) {
-  return op == ASSIGN || op == STASG || asgop_base(op) != ILLOP;
+  return op == ASSIGN || op == STASG || is_compound_assignment(op);
 }
 
 // The right side is done first, so what it emits executes before what the target's address needs.
