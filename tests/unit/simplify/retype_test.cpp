@@ -143,6 +143,8 @@ TEST_F(RetypeTest, NamesInOneRegister) {
 
     NODE *less = retype_tree(node(LT, name(pair.a), name(pair.b)));
     EXPECT_EQ(text(less), "0");
+    NODE *at_least = retype_tree(node(UGE, name(pair.a), name(pair.b)));
+    EXPECT_EQ(text(at_least), "1");
   }
   const Twins memory = twins(C_AUTO);
   EXPECT_EQ(retype_tree(make_assign(name(memory.a), name(memory.b)))->op, ASSIGN);
