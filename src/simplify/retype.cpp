@@ -13,6 +13,8 @@
 #include "simplify/compound.h"
 #include "simplify/patterns.h"
 
+#include <utility>
+
 namespace velkor {
 namespace {
 
@@ -277,16 +279,31 @@ bool is_target(const NODE *target, const NODE *operand) {
   return operand->type == target->type || (is_pointer(operand->type) && is_pointer(target->type));
 }
 
+// z op a'  ->  a' op z
+void move_target_left(const NODE *target, NODE *value) {
+  if (op_swapped(value->op) == ILLOP || value->right->op != NAME) return;
+  if (!is_same_object(target, value->right)) return;
+  std::swap(value->left, value->right);
+  value->op = op_swapped(value->op);
+}
+
+// a = a' op z, a = z op a'  ->  a op= z, where a is a NAME. The compound assignment evaluates z
+// first and reads a afterwards: z may not change a.
+NODE *update_in_place(NODE *assignment) {
+  NODE *value = assignment->right;
+  if (assignment->left->op != NAME || !value->left || !value->right) return assignment;
+  if (op_effect(value->op) != PURE || has_side_effects(value->left) ||
+      has_side_effects(value->right))
+    return assignment;
+  move_target_left(assignment->left, value);
+  return to_compound_assignment(assignment, is_target);
+}
+
 // What late knowledge of registers makes of an assignment to a NAME.
 NODE *retype_assign(NODE *assignment) {
-  if (assignment->left->op != NAME) return assignment;
-  if (stores_into_itself(assignment)) return eliminate_assignment(assignment);
-  NODE *value = assignment->right;
-  if (!value->left || !value->right || op_effect(value->op) != PURE) return assignment;
-  // a = a' op z  ->  a op= z. The compound assignment evaluates z first and reads a afterwards: z
-  // may not change a.
-  if (has_side_effects(value->left) || has_side_effects(value->right)) return assignment;
-  return to_compound_assignment(assignment, is_target);
+  if (assignment->left->op == NAME && stores_into_itself(assignment))
+    return eliminate_assignment(assignment);
+  return update_in_place(assignment);
 }
 
 bool is_enum_name(const NODE *node) {
@@ -306,16 +323,6 @@ void drop_enum_conversion(NODE *assignment) {
 TypeWord stored_type(const NODE *assignment) {
   const TypeWord place = assignment->left->type;
   return is_scalar(place) && !is_pointer(place) ? place : assignment->type;
-}
-
-NODE *retype_assignment(NODE *tree) {
-  tree = retype_assign(tree);
-  if (tree->op != ASSIGN) return retype_tree(tree);
-  tree->left = retype_place(tree->left);
-  tree->right = retype_tree(tree->right);
-  tree->right = convert_tree(stored_type(tree), tree->right);
-  drop_enum_conversion(tree);
-  return tree;
 }
 
 // x op= y but for shifts, x++, x--
@@ -340,6 +347,19 @@ NODE *retype_compound_assignment(NODE *tree) {
   const Opcode base = asgop_base(tree->op);
   const bool is_shift = base == SHIFT_LEFT || base == SHIFT_RIGHT;
   return is_shift ? retype_shift_assignment(tree) : retype_update(tree);
+}
+
+NODE *retype_assignment(NODE *tree) {
+  tree = retype_assign(tree);
+  if (tree->op != ASSIGN) return retype_tree(tree);
+  tree->left = retype_place(tree->left);
+  tree->right = retype_tree(tree->right);
+  tree->right = convert_tree(stored_type(tree), tree->right);
+  drop_enum_conversion(tree);
+  if (!is_integer(tree->type)) return tree; // a pointer's operand has been scaled
+  // A conversion that hid the target on the right side may be gone by now.
+  tree = update_in_place(tree);
+  return tree->op == ASSIGN ? tree : retype_compound_assignment(tree);
 }
 
 // ------------------------------------------------------------------------------------------------
