@@ -2,11 +2,13 @@
 
 #include "core/failure.h"
 #include "core/fun.h"
+#include "core/nodes.h"
 #include "core/options.h"
 #include "core/output.h"
 #include "core/state.h"
 #include "core/symbols.h"
 #include "core/zones.h"
+#include "diag/infix.h"
 #include "driver/command_line.h"
 #include "driver/pipeline.h"
 #include "icode/input.h"
@@ -14,6 +16,8 @@
 #include "icode/reader.h"
 #include "icode/record_writer.h"
 #include "simplify/constant_text.h"
+#include "simplify/simplify.h"
+#include "simplify/truth.h"
 
 #include <algorithm>
 #include <array>
@@ -131,6 +135,11 @@ bool open_icode_files() {
   return true;
 }
 
+// !x, as a test
+NODE *negated_test(NODE *condition) {
+  return simplify_test(simplify_node(make_node(LOGICAL_NOT, condition, nullptr, INT)));
+}
+
 // Settings that follow from others once all are known.
 void settle_options() {
   if (options.opt_all_volatile)
@@ -203,6 +212,7 @@ bool run_to_the_end(int argc, const char *const *argv) {
   if (options.opt_level > 2) options.opt_level = 2;
   clear_symbol_tables();
   init_float_constants();
+  negate_for_text = negated_test;
   prepare_interprocedural_state();
   run_function_pipeline();
   normal_end();
@@ -210,6 +220,7 @@ bool run_to_the_end(int argc, const char *const *argv) {
 }
 
 void reset_everything() {
+  negate_for_text = nullptr;
   release_all_zones();
   clear_functions();
   clear_symbol_tables();
