@@ -112,7 +112,8 @@ void link(BB *block, BB *next) {
 }
 
 // Numbers the blocks from first up to, not including, end by the places where they stand now. They
-// are the same blocks that had these numbers before.
+// are the same blocks that had these numbers before. Over all rotations a block is numbered once
+// for each loop around it that rotates.
 void renumber(Rotation &rotation, BB *first, const BB *end) {
   std::vector<int> still_leaving;
   int dfn = first->prev->dfn;
