@@ -50,6 +50,7 @@ struct Check {
     // A node met twice may lead into a circle: this comes first.
     require(seen.insert(node).second, "a node hangs in two places");
     if (const char *what = shape_fault(node, parent)) fault(what);
+    if (resolved && node->op == LABELDEF) fault("a LABELDEF inside a graph");
     if (const char *what = type_fault(node)) {
       if (resolved && types_fit) fault(what);
       types_fit_so_far = false;

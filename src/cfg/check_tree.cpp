@@ -149,9 +149,10 @@ const char *shape_fault(const NODE *node, const NODE *parent) {
   if (node->op == ILLOP) return "a freed node hangs in a tree";
   if (!opcode_table[node->op].listed) return "an opcode that is none";
   if (is_marker(node->op)) return "a pass has left its marker";
-  if (has_operands_of_its_own_kind(node->op)) return nullptr;
-  if (!has_right_number_of_operands(node)) return "an operator without its operands";
-  if (const char *fault = operand_fault(node)) return fault;
+  if (!has_operands_of_its_own_kind(node->op)) {
+    if (!has_right_number_of_operands(node)) return "an operator without its operands";
+    if (const char *fault = operand_fault(node)) return fault;
+  }
   return place_fault(node, parent);
 }
 
