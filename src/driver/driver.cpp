@@ -1,10 +1,12 @@
 #include "driver/driver.h"
 
 #include "core/failure.h"
+#include "core/file_names.h"
 #include "core/fun.h"
 #include "core/nodes.h"
 #include "core/options.h"
 #include "core/output.h"
+#include "core/product.h"
 #include "core/state.h"
 #include "core/symbols.h"
 #include "core/zones.h"
@@ -33,9 +35,6 @@ RunRequests run_requests;
 
 namespace {
 
-constexpr const char *product_line = "VELKOR ANSI C Optimizer    ";
-constexpr const char *version_text = "Version 1.22e";
-constexpr const char *maker_line = "The middle end of the VELKOR compiler.";
 constexpr std::size_t longest_name = 255;          // characters of a prompted file name
 constexpr std::size_t longest_command_line = 2000; // of it the listing shows
 
@@ -108,6 +107,7 @@ bool take_command_line(int argc, const char *const *argv) {
   if (unnamed || !options.opt_quiet) print_banner();
   if (unnamed) run.names.input_name = prompt_for_name();
   complete_file_names(run.names);
+  state.input_name = run.names.input_name;
   return open_text_files();
 }
 
