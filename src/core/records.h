@@ -80,6 +80,7 @@ struct BB {
   EDGE *preds;                //
   EDGE *succs;                //
   EDGE *cursor;               // position of the depth-first walk in succs
+  const BB *edge_source;      // the block whose successors are being made; none at other times
   LABEL *labels;              //
   NODE *loop_ctl;             // header of a loop controlled by this variable
   NODE *loop_iters;           // header: number of iterations

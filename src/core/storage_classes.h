@@ -28,4 +28,10 @@ inline constexpr std::array<StorageClassProperties, 256> storage_class_table = [
   return table;
 }();
 
+// Does an object of the class live in the frame of one activation?
+[[nodiscard]] constexpr bool is_frame_class(StorageClass sclass) {
+  return sclass == C_AUTO || sclass == C_REG || sclass == C_VREG || sclass == C_ARG ||
+         sclass == C_REGPARM;
+}
+
 } // namespace velkor

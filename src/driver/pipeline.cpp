@@ -1,7 +1,7 @@
 #include "driver/pipeline.h"
 
 #include "cfg/check_function.h"
-#include "cfg/straight_blocks.h"
+#include "cfg/graph.h"
 #include "core/options.h"
 #include "core/state.h"
 #include "icode/function_writer.h"
@@ -17,8 +17,7 @@ namespace {
 constexpr std::array passes = {
     Pass{"sequence_statements", "make && || ? and commas explicit statements", 0, Shape::ANY, true,
          sequence_statements},
-    Pass{"build_blocks", "cut the statements into blocks", 0, Shape::ANY, true,
-         build_straight_blocks},
+    Pass{"build_cfg", "build the control-flow graph", 0, Shape::ANY, true, build_cfg},
     Pass{"expand_bitfields", "turn bit fields into masks and shifts", 0, Shape::ANY, true,
          expand_bitfields},
     Pass{"lower_function", "restore the forms that the code generator wants", 0, Shape::ANY, true,

@@ -235,15 +235,8 @@ void note_address(const NODE *node) {
   const NODE *object = node->left;
   while (object->op == MEMBER)
     object = object->left;
-  if (object->op != NAME) return;
-  switch (object->u.sym->sclass) {
-  case C_AUTO:
-  case C_REG:
-  case C_ARG:
-  case C_REGPARM:
-  case C_VREG: state.local_address_taken = true; break;
-  default: break;
-  }
+  if (object->op == NAME && is_frame_class(object->u.sym->sclass))
+    state.local_address_taken = true;
 }
 
 NODE *rewrite(NODE *node) {
