@@ -106,14 +106,13 @@ NODE *shift_variable_bit_down(NODE *tree) {
 
 // The operand rewritten under the mask. It keeps its type: the relation's meaning hangs on it.
 Outcome demand_operand(NODE *&tree, std::uint32_t mask) {
-  NODE *before = tree->left;
-  const Opcode op = before->op;
-  const TypeWord type = before->type;
-  NODE *after = demand_bits(before, mask);
+  const Occupant before = occupant(tree->left);
+  const TypeWord type = tree->left->type;
+  NODE *after = demand_bits(tree->left, mask);
   if (after->type != type) after = simplify_node(convert_tree(type, after));
   tree->left = after;
   if (is_icon(after) || after->op == COMMA_OP) return finish(tree, tree);
-  return after != before || after->op != op ? Outcome::AGAIN : Outcome::NEXT;
+  return occupant(after) == before ? Outcome::NEXT : Outcome::AGAIN;
 }
 
 // Does the relation ask whether its left operand is 0 (value 0) or 1?
