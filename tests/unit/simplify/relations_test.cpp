@@ -132,6 +132,15 @@ TEST_F(RelationsTest, AddendsMoveIntoTheConstant) {
                {"le(_x, add(sconv:int(_u), -1))", nullptr}});
 }
 
+// A caller may put a difference together that the rules for - would have made a sum of.
+TEST_F(RelationsTest, DifferenceFromItsOwnNegative) {
+  const auto simplified = [&](const char *relation) { return text(simplify_node(tree(relation))); };
+  EXPECT_EQ(simplified("eq(subtract(_u, 5:unsigned), -5:unsigned)"),
+            text(tree("eq(_u, 0:unsigned)")));
+  EXPECT_EQ(simplified("eq(subtract(_u, 5:unsigned), 5:unsigned)"),
+            text(tree("eq(subtract(_u, 5:unsigned), 5:unsigned)")));
+}
+
 TEST_F(RelationsTest, LikeTermsCancel) {
   expect_rows({{"eq(add(_x, _y), add(_x, _z))", "eq(_y, _z)"},
                {"eq(_x, add(_x, 4))", "0"},
