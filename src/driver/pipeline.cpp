@@ -6,6 +6,7 @@
 #include "core/options.h"
 #include "core/state.h"
 #include "icode/function_writer.h"
+#include "loops/rotate_loops.h"
 #include "lower/lower_function.h"
 #include "simplify/bit_fields.h"
 #include "simplify/sequencing.h"
@@ -24,6 +25,8 @@ constexpr std::array passes = {
          expand_bitfields},
     Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,
          [] { simpcfg(1); }},
+    Pass{"rotate_loops", "put the tops of loops behind their bottoms", 0, Shape::MANY_BLOCKS, false,
+         rotate_loops},
     Pass{"lower_function", "restore the forms that the code generator wants", 0, Shape::ANY, true,
          lower_function},
     Pass{"write_function", "write the function to the output file", 0, Shape::ANY, true,
