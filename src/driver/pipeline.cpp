@@ -6,9 +6,11 @@
 #include "core/options.h"
 #include "core/state.h"
 #include "icode/function_writer.h"
+#include "loops/rotate_loops.h"
 #include "lower/lower_function.h"
 #include "simplify/bit_fields.h"
 #include "simplify/sequencing.h"
+#include "storage/allocate_regs.h"
 
 #include <array>
 
@@ -22,8 +24,12 @@ constexpr std::array passes = {
     Pass{"simpcfg", "clean the graph", 0, Shape::ANY, false, [] { simpcfg(0); }},
     Pass{"expand_bitfields", "turn bit fields into masks and shifts", 0, Shape::ANY, true,
          expand_bitfields},
+    Pass{"allocate_regs", "fold tests into assignments, number the virtual registers", 0,
+         Shape::ANY, false, allocate_regs},
     Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,
          [] { simpcfg(1); }},
+    Pass{"rotate_loops", "let the jump back to a loop's top fall through", 0, Shape::ANY, false,
+         rotate_loops},
     Pass{"lower_function", "restore the forms that the code generator wants", 0, Shape::ANY, true,
          lower_function},
     Pass{"write_function", "write the function to the output file", 0, Shape::ANY, true,

@@ -60,6 +60,9 @@ TEST_F(ConflictsTest, ACopySharesUnlessOneOfTheTwoChanges) {
   analyse({"assign(_y,_g1)", "assign(_x,_y)", "return(_self,_x)"});
   EXPECT_EQ(conflicts("_x") + "/" + preferences("_x") + "/" + preferences("_y"), "/y/x");
   use_locals({"_x", "_y"});
+  analyse({"assign(_y,_g1)", "assign(_x,_y)", "assign(_g2,_y)", "return(_self,_x)"});
+  EXPECT_EQ(conflicts("_x"), "") << "both hold one value as long as they live";
+  use_locals({"_x", "_y"});
   analyse({"assign(_y,_g1)", "assign(_x,_y)", "asg_add(_y,1)", "return(_self,add(_x,_y))"});
   EXPECT_EQ(conflicts("_x") + "/" + preferences("_x"), "y/") << "the conflict wins";
   use_locals({"_x", "_u", "_p"});
@@ -94,7 +97,7 @@ TEST_F(ConflictsTest, PartsOfAStatementComeInAnyOrder) {
       {"assign(_x,_g1)", "assign(_y,_g2)", "call(address(_fn),comma(5,_x))", "return(_self,_y)"});
   EXPECT_EQ(conflicts("_x"), "y") << "the last argument is read";
   use_locals({"_x", "_y", "_z"});
-  analyse({"assign(_x,1)", "assign(_y,_g1)", "logical_and(_g2,assign(_x,2))", "assign(_g1,_y)",
+  analyse({"assign(_x,1)", "assign(_y,_g1)", "assign(_g1,_y)", "logical_and(_g2,assign(_x,2))",
            "return(_self,_x)"});
   EXPECT_EQ(conflicts("_x"), "y") << "the first value of x may be the one that is returned";
 }
