@@ -101,8 +101,9 @@ bool is_negated_term(const NODE *node, const NODE *sum) {
 
 // (-x) + b  ->  b + (-x), for the rules to come
 Outcome move_negated_right(NODE *&tree) {
-  if (is_negated_term(tree->left, tree)) std::swap(tree->left, tree->right);
-  return Outcome::NEXT;
+  if (!is_negated_term(tree->left, tree)) return Outcome::NEXT;
+  std::swap(tree->left, tree->right);
+  return Outcome::REWRITTEN;
 }
 
 // a + (-y)  ->  a - y
@@ -165,6 +166,7 @@ Outcome cancel_difference(NODE *&tree) {
   return Outcome::DONE;
 }
 
+// Of floats only equal ones cancel.
 Outcome leave_floats(NODE *&tree) {
   return is_floating(tree->type) ? Outcome::STOP : Outcome::NEXT;
 }

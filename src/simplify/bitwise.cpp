@@ -65,13 +65,14 @@ bool have_same_width(const NODE *a, const NODE *b) {
   return is_integer(a->type) && is_integer(b->type) && type_width(a->type) == type_width(b->type);
 }
 
+// x op y  ->  the operands in canonical order, constants merged
 Outcome order_operands(NODE *&tree) {
   const Opcode op = tree->op;
   tree = reassociate(tree);
   return tree->op == op ? Outcome::NEXT : Outcome::DONE;
 }
 
-// The operands are the same tree without effects: one is enough.
+// x op x  ->  x, op one of & |
 Outcome keep_one_operand(NODE *&tree) {
   if (!trees_equal(tree->left, tree->right, false)) return Outcome::NEXT;
   tree = convert_to_left(tree);
@@ -95,6 +96,14 @@ struct Shape {
 
 Shape shape_of(const NODE *node) {
   return {node->op, node->right ? node->right->op : ILLOP, node->type};
+}
+
+// What is known of the left operand's bits, as far as the tree's type has them.
+std::uint32_t possible_bits_of_left(const NODE *tree) {
+  return possible_bits(tree->left, balance_type(tree->left, tree->right)) & value_mask(tree->type);
+}
+std::uint32_t certain_bits_of_left(const NODE *tree) {
+  return certain_bits(tree->left, balance_type(tree->left, tree->right)) & value_mask(tree->type);
 }
 
 // Asks only for the bits of the left operand that the constant lets through. True when the operand
@@ -184,36 +193,43 @@ Outcome mask_shifted(NODE *&tree) {
   return tree->right->u.lval == before ? Outcome::NEXT : Outcome::AGAIN;
 }
 
+// ((y & K3) | K2) & K, y no | with a constant? Over such a one the rules for | would turn the
+// result round again.
+bool is_distributable(const NODE *tree) {
+  const NODE *left = tree->left;
+  return has_constant(tree) && is_with_constant(left, BIT_OR) && have_same_width(left, tree) &&
+         is_with_constant(left->left, BIT_AND) && !is_with_constant(left->left->left, BIT_OR);
+}
+
 // x & K  ->  x' & (K & bits that x' can have), or x' where K covers them all
 Outcome mask_possible_bits(NODE *&tree) {
   if (!has_constant(tree)) return Outcome::NEXT;
   const std::uint32_t before = constant_of(tree);
   const bool was_truth = is_boolean_tree(tree->left);
+  const std::uint32_t could_be_set = possible_bits_of_left(tree);
   if (demand_of_left(tree, before)) return simplified(tree);
   // A smaller constant in x, 1 - y from 5 - y, may have made a truth value of it, which the rules
   // above ask for; once more, and it is one already.
   if (!was_truth && is_boolean_tree(tree->left)) return Outcome::AGAIN;
-  const std::uint32_t type_bits = value_mask(tree->type);
-  const std::uint32_t possible = possible_bits(tree->left, balance_type(tree->left, tree->right));
-  if ((before & type_bits & ~possible) != 0) {
-    set_constant(tree, before & type_bits & possible);
+  const std::uint32_t possible = possible_bits_of_left(tree);
+  if ((before & value_mask(tree->type) & ~possible) != 0) {
+    set_constant(tree, before & possible);
     return simplified(tree);
   }
-  if ((before | ~type_bits | ~possible) != ~0u) return Outcome::NEXT;
-  tree = convert_to_left(tree);
-  return Outcome::DONE;
+  if ((before | ~possible) == ~0u) {
+    tree = convert_to_left(tree);
+    return Outcome::DONE;
+  }
+  // A constant deep in x has taken free bits on: x settles in another round. Each adds such bits.
+  const bool is_settled = (possible & ~could_be_set) == 0;
+  return is_settled || is_distributable(tree) ? Outcome::NEXT : Outcome::AGAIN;
 }
 
 // ((y & K3) | K2) & K  ->  ((y & K3) & K) | (K2 & K)
 Outcome distribute_mask(NODE *&tree) {
-  const NODE *left = tree->left;
-  if (!has_constant(tree) || !is_with_constant(left, BIT_OR) || !have_same_width(left, tree))
-    return Outcome::NEXT;
-  if (!is_with_constant(left->left, BIT_AND)) return Outcome::NEXT;
-  // Over another | with a constant the rules for | would turn it round again.
-  if (is_with_constant(left->left->left, BIT_OR)) return Outcome::NEXT;
+  if (!is_distributable(tree)) return Outcome::NEXT;
   const std::uint32_t mask = constant_of(tree);
-  return exchange_operators(tree, mask, mask & constant_of(left));
+  return exchange_operators(tree, mask, mask & constant_of(tree->left));
 }
 
 constexpr Rule and_table[] = {
@@ -238,11 +254,6 @@ Outcome or_all_ones(NODE *&tree) {
   return keep_effects_and_constant(tree);
 }
 
-// The bits that the left operand has for sure.
-std::uint32_t certain_bits_of_left(const NODE *tree) {
-  return certain_bits(tree->left, balance_type(tree->left, tree->right)) & value_mask(tree->type);
-}
-
 // x | K  ->  x | (K & ~bits that x has for sure), or x | -1 where both cover all
 Outcome or_certain_bits(NODE *&tree) {
   if (!has_constant(tree)) return Outcome::NEXT;
@@ -263,8 +274,8 @@ Outcome or_demanded_bits(NODE *&tree) {
   if (!has_constant(tree)) return Outcome::NEXT;
   const std::uint32_t certain = certain_bits_of_left(tree);
   if (demand_of_left(tree, ~constant_of(tree) & value_mask(tree->type))) return simplified(tree);
-  // A constant deep in x may have taken bits of K on; once more, and x stays as it is.
-  return certain_bits_of_left(tree) != certain ? Outcome::AGAIN : Outcome::NEXT;
+  // A constant deep in x may have taken bits of K on: another round. Each adds such bits.
+  return (certain_bits_of_left(tree) & ~certain) != 0 ? Outcome::AGAIN : Outcome::NEXT;
 }
 
 // ((z | K2) & K1) | K  ->  ((z | K2) | K) & (K1 | K)
@@ -297,7 +308,8 @@ Outcome xor_of_equals(NODE *&tree) {
   return Outcome::DONE;
 }
 
-// x ^ K  ->  x | K where x has none of K's bits; x & ~K where it has all of them
+// x ^ K  ->  x | K, x having none of K's bits
+//        ->  x & ~K, x having all of them
 Outcome xor_known_bits(NODE *&tree) {
   if (!has_constant(tree)) return Outcome::NEXT;
   store_constant(tree->right, constant_of(tree), tree->type);

@@ -158,27 +158,35 @@ NODE *demand_sum(NODE *tree, std::uint32_t mask) {
   return simplify_node(tree);
 }
 
+// x * 2^n: a shift by a constant?
+bool is_raised(const NODE *tree) {
+  if (tree->op != MULTIPLY || !is_icon(tree->right) || !has_integer_operands(tree)) return false;
+  const auto factor = static_cast<std::uint32_t>(tree->right->u.lval);
+  return std::has_single_bit(factor) && factor > 1 &&
+         (factor != sign_bit || is_unsigned_integer(tree->type));
+}
+
+// x * 2^n. The factor stays, although its upper bits may be free: as -2^n it would cost a negation.
+NODE *demand_raised(NODE *tree, std::uint32_t mask) {
+  std::uint32_t needed = mask;
+  if (is_signed_integer(tree->type))
+    needed = static_cast<std::uint32_t>(wrap_value(static_cast<std::int32_t>(mask), tree->type));
+  const auto factor = static_cast<std::uint32_t>(tree->right->u.lval);
+  tree->left = demand_bits(tree->left, needed >> std::countr_zero(factor));
+  return simplify_node(tree);
+}
+
 // x * y
 NODE *demand_product(NODE *tree, std::uint32_t mask) {
   if (!has_integer_operands(tree)) return tree;
-  const NODE *right = tree->right;
-  const auto factor = is_icon(right) ? static_cast<std::uint32_t>(right->u.lval) : 0u;
-  const bool is_power = std::has_single_bit(factor) && factor > 1 &&
-                        (factor != sign_bit || is_unsigned_integer(tree->type));
-  if (is_power) {
-    // A shift by a constant. The factor stays, although its upper bits may be free: as -2^n it
-    // would cost a negation.
-    std::uint32_t needed = mask;
-    if (is_signed_integer(tree->type))
-      needed = static_cast<std::uint32_t>(wrap_value(static_cast<std::int32_t>(mask), tree->type));
-    tree->left = demand_bits(tree->left, needed >> std::countr_zero(factor));
-    return simplify_node(tree);
-  }
+  if (is_raised(tree)) return demand_raised(tree, mask);
   const std::uint32_t needed = with_lower_bits(mask);
   if (!is_run_from_bit_0(needed)) return tree;
   tree->right = demand_bits(tree->right, needed);
   tree->left = demand_bits(tree->left, needed);
-  return simplify_node(tree);
+  tree = simplify_node(tree);
+  // The factor may have come out of x.
+  return is_raised(tree) ? demand_raised(tree, mask) : tree;
 }
 
 // x & y, x | y, x ^ y: no bit depends on another one.

@@ -235,13 +235,14 @@ Outcome order_factors(NODE *&tree) {
   return Outcome::AGAIN;
 }
 
-// x × K, K floating
+// x × K, K floating  ->  by the value of K
 Outcome multiply_float_constant(NODE *&tree) {
   if (tree->right->op != FCON || !is_floating(tree->type)) return Outcome::NEXT;
   tree = apply_rules(multiply_float_rules, tree);
   return Outcome::DONE;
 }
 
+// No rule below is for floating or pointer types.
 Outcome leave_other_types(NODE *&tree) {
   return is_integer(tree->type) ? Outcome::NEXT : Outcome::STOP;
 }
@@ -257,11 +258,10 @@ bool gives_constant_away(const NODE *tree) {
 // (-x) × b  ->  (x × -1) × b, for the next rules
 Outcome negation_to_product(NODE *&tree) {
   NODE *a = tree->left;
-  if (a->op == NEGATE && gives_constant_away(tree)) {
-    a->op = MULTIPLY;
-    a->right = make_icon(wrap_value(-1, a->type), a->type);
-  }
-  return Outcome::NEXT;
+  if (a->op != NEGATE || !gives_constant_away(tree)) return Outcome::NEXT;
+  a->op = MULTIPLY;
+  a->right = make_icon(wrap_value(-1, a->type), a->type);
+  return Outcome::REWRITTEN;
 }
 
 // (x × K1) × K2  ->  x × (K1 × K2)
@@ -310,6 +310,7 @@ Outcome multiply_truths(NODE *&tree) {
   return finish(tree, tree);
 }
 
+// x × K  ->  by the value of K and the form of x
 Outcome multiply_constant(NODE *&tree) {
   if (!is_integer_icon(tree->right)) return Outcome::NEXT;
   tree = apply_rules(multiply_constant_rules, tree);

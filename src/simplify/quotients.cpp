@@ -67,6 +67,7 @@ Outcome divide_by_float_power(NODE *&tree) {
   return finish(tree, tree);
 }
 
+// No rule below is for floating or pointer types.
 Outcome leave_other_types(NODE *&tree) {
   return is_integer(tree->type) ? Outcome::NEXT : Outcome::STOP;
 }
@@ -213,6 +214,7 @@ Outcome drop_larger_divisor(NODE *&tree) {
   return finish_with_effects(tree, divisor, simplify_node(tree));
 }
 
+// No rule below is for pointers.
 Outcome leave_other_operands(NODE *&tree) {
   return is_integer(tree->type) && is_integer(balance_type(tree->left, tree->right))
              ? Outcome::NEXT

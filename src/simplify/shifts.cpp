@@ -40,10 +40,12 @@ Outcome keep_effects_and_zero(NODE *&tree) {
   return simplified(tree);
 }
 
+// x << y, x >> y stay, y being no constant or a negative one
 Outcome refuse_other_counts(NODE *&tree) {
   return is_icon(tree->right) && count_of(tree) >= 0 ? Outcome::NEXT : Outcome::DONE;
 }
 
+// x << 0, x >> 0  ->  x
 Outcome shift_by_zero(NODE *&tree) {
   if (count_of(tree) != 0) return Outcome::NEXT;
   tree = convert_to_left(tree);
@@ -55,14 +57,15 @@ Outcome shift_all_out_to_left(NODE *&tree) {
   return keep_effects_and_zero(tree);
 }
 
-// x >> n, n >= width: the sign everywhere, or nothing left
+// x >> n, n >= width  ->  x >> (width - 1), x signed: the sign everywhere
+//                     ->  (x , 0), x unsigned: nothing left
 Outcome shift_all_out_to_right(NODE *&tree) {
   const TypeWord type = tree->left->type;
   const std::int32_t width = value_width(type);
   if (tree->op != SHIFT_RIGHT || is_floating(type) || count_of(tree) < width) return Outcome::NEXT;
   if (!is_signed_integer(type)) return keep_effects_and_zero(tree);
   tree->right->u.lval = width - 1;
-  return Outcome::NEXT;
+  return Outcome::REWRITTEN;
 }
 
 // x << n  ->  x * 2^n
@@ -89,7 +92,7 @@ Outcome merge_right_shifts(NODE *&tree) {
   return Outcome::AGAIN;
 }
 
-// Only the bits that the shift keeps are asked for.
+// x >> n  ->  x' >> n, where x' agrees with x in the bits that the shift keeps
 Outcome demand_kept_bits(NODE *&tree) {
   const Opcode op = tree->left->op;
   const TypeWord type = tree->left->type;

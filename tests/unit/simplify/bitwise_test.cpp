@@ -38,6 +38,11 @@ TEST_F(BitwiseTest, Masks) {
       {"bit_and:int(bit_or:int(_uc, bit_and(_x, 0x300)), 0xF0F)",
        "bit_and:int(bit_or:int(bit_and(_x, 0x300), _uc), 0x30F)"},
       {"bit_and(add(bit_and(_x, 255), _y), 15)", "bit_and(add(_x, _y), 15)"},
+      // dropping the low bit of the | frees a bit of the ^'s constant, and that one frees another
+      {"bit_and(bit_or(bit_xor:int(_uc, 252), 3), 254)",
+       "bit_and(bit_or(bit_xor:int(_uc, -1), 2), 254)"},
+      {"bit_xor(bit_or(bit_xor:int(_uc, 255), 3), 1)",
+       "bit_and(bit_or(bit_xor:int(_uc, -1), 2), 254)"},
       {"bit_and(subtract(5:unsigned, member(_st, _b1)), 3:unsigned)",
        "subtract(1:unsigned, member(_st, _b1))"},
   });

@@ -80,6 +80,8 @@ TEST_F(DemandedBitsTest, SumsAndProducts) {
        "multiply(_u, 0x80000000:unsigned)"},
       {"multiply:int(sconv:uchar(_x), sconv:uchar(_y))", 15, "multiply(_x, _y)"},
       {"multiply:int(sconv:uchar(_x), _y)", 0x1FF, nullptr},
+      // a power of two comes out of the factor: the rest of the product is asked for fewer bits
+      {"multiply(multiply(bit_xor(_x, 0x100), 128), _y)", 0xFF, "multiply(bit_and(_x, _y), 128)"},
   });
 }
 

@@ -110,6 +110,8 @@ TEST_F(ReassociateTest, NeutralAndAbsorbingConstants) {
 TEST_F(ReassociateTest, AnOperandThatHasBecomeACommaRises) {
   NODE *node = tree("bit_and(comma_op(_vol, _x), _y)");
   EXPECT_EQ(text(reassociate(node)), text(tree("comma_op(_vol, bit_and(_x, _y))")));
+  node = tree("multiply(comma_op(_vol, _x), _y)");
+  EXPECT_EQ(text(simplify_mul(node)), text(tree("comma_op(_vol, multiply(_x, _y))")));
 }
 
 TEST_F(ReassociateTest, CommonScalesShiftsAndMasks) {
