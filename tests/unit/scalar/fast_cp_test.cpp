@@ -125,6 +125,31 @@ TEST_F(FastPropagationTest, Statistics) {
     EXPECT_STRNE(chain->name, "_g");
 }
 
+TEST_F(FastPropagationTest, Messages) {
+  const auto has = [](const std::string &all, const char *message) {
+    return all.find(message) != std::string::npos;
+  };
+  build_function({"assign(_x,5)", "assign(_y,add(_z,1))", "assign(_y,multiply(_y,_x))",
+                  "assign(_g1,1)", "assign(_g1,2)", "return(_self,add(_x,_y))"});
+  const std::string text = debug_text([] { fast_CP(1, true); });
+  EXPECT_TRUE(has(text, "\n\n\t\t\t---------- ENTERING 'combine_asgs_to_memory' -------\n"));
+  EXPECT_TRUE(has(text, "\n\n\t\t\t---------- ENTERING 'fast_CP' -----------------\n"));
+  EXPECT_TRUE(has(text, "\tNo references in the function for '_n'\n"));
+  EXPECT_TRUE(has(text, "\n\tVariable is used but never assigned: _z\n"));
+  EXPECT_TRUE(has(text, "\n\tGlobally constant assignment: _x = 5;\n"));
+  EXPECT_TRUE(has(text, "\n\t(6,6) fcpTree() is replacing _x with 5;\n"));
+  EXPECT_TRUE(has(text, "\n\tCombining the assignments _y = _z+1;\n"
+                        "\t......................and _y *= _x;\n") ||
+              has(text, "\n\tCombining the assignments _y = _z+1;\n"
+                        "\t......................and _y = _y*_x;\n"))
+      << text;
+  EXPECT_TRUE(has(text, "\n\tCombining the assignments _g1 = 1;\n"
+                        "\t......................and _g1 = 2;\n"
+                        "\t...................to get T$1 = 1;\n"
+                        "\t......................and _g1 = 2;\n"))
+      << text;
+}
+
 TEST_F(FastPropagationTest, LongChainsTakeLinearTime) {
   std::string chain = "assign(_x,1)";
   for (int i = 0; i < 2000; ++i)
