@@ -12,6 +12,10 @@ struct FUN;
 
 struct State {
   // The run.
+  std::string input_name; // of the icode file, with its extension
+  int cfg_graphs = 0;     // pictures drawn so far, of each kind
+  int tree_graphs = 0;
+  int loop_graphs = 0;
   std::FILE *debug_file = nullptr;
   std::FILE *info_file = nullptr;
   int debug_on = 0; // the debug level, once the debug file is open
@@ -55,8 +59,7 @@ struct State {
   SYM *other_syms = nullptr;
   SYM *misc_syms = nullptr;
   int temp_counter = 0;
-  LIST *alloc_comments =
-      nullptr; // ASM comments of the allocator, in the order in which they go out
+  LIST *alloc_comments = nullptr; // ASM comments of the allocator; the last one goes out first
 };
 
 extern State state;
