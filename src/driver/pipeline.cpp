@@ -2,6 +2,7 @@
 
 #include "cfg/check_function.h"
 #include "cfg/graph.h"
+#include "cfg/simpcfg.h"
 #include "core/options.h"
 #include "core/state.h"
 #include "icode/function_writer.h"
@@ -18,8 +19,11 @@ constexpr std::array passes = {
     Pass{"sequence_statements", "make && || ? and commas explicit statements", 0, Shape::ANY, true,
          sequence_statements},
     Pass{"build_cfg", "build the control-flow graph", 0, Shape::ANY, true, build_cfg},
+    Pass{"simpcfg", "clean the graph", 0, Shape::ANY, false, [] { simpcfg(0); }},
     Pass{"expand_bitfields", "turn bit fields into masks and shifts", 0, Shape::ANY, true,
          expand_bitfields},
+    Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,
+         [] { simpcfg(1); }},
     Pass{"lower_function", "restore the forms that the code generator wants", 0, Shape::ANY, true,
          lower_function},
     Pass{"write_function", "write the function to the output file", 0, Shape::ANY, true,
