@@ -7,6 +7,8 @@
 #include "core/state.h"
 #include "icode/function_writer.h"
 #include "lower/lower_function.h"
+#include "scalar/fast_cp.h"
+#include "scalar/strip_assertions.h"
 #include "simplify/bit_fields.h"
 #include "simplify/sequencing.h"
 
@@ -15,6 +17,10 @@
 namespace velkor {
 namespace {
 
+void propagate_fast() {
+  fast_CP(4, true);
+}
+
 constexpr std::array passes = {
     Pass{"sequence_statements", "make && || ? and commas explicit statements", 0, Shape::ANY, true,
          sequence_statements},
@@ -22,6 +28,9 @@ constexpr std::array passes = {
     Pass{"simpcfg", "clean the graph", 0, Shape::ANY, false, [] { simpcfg(0); }},
     Pass{"expand_bitfields", "turn bit fields into masks and shifts", 0, Shape::ANY, true,
          expand_bitfields},
+    Pass{"fast_CP", "carry constants and copies to their uses", 1, Shape::ANY, false,
+         propagate_fast},
+    Pass{"strip_assertions", "drop statements of fact", 0, Shape::ANY, true, strip_assertions},
     Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,
          [] { simpcfg(1); }},
     Pass{"lower_function", "restore the forms that the code generator wants", 0, Shape::ANY, true,

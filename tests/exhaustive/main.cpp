@@ -10,7 +10,6 @@
 //   --rules                      prints how often each rule has fired
 //   --unused                     the same, of rules that never have
 //
-// Rules that rewrite and let the next ones go on are not counted as fired (simplify/rules.h).
 //
 // Exit status 0: all is well; 1: something differs; 2: bad usage.
 
