@@ -80,12 +80,18 @@ TEST_F(CrossJumpTest, ExitsAreShared) {
 }
 
 TEST_F(CrossJumpTest, TheCodeAheadOfALoopStays) {
-  // The block ahead of the loop's head falls into it; so does the one at the bottom, with the same
-  // code.
-  const Lines input = {"if _z L1 L5",      "L1:", "assign(_x,add(_x,1))", "goto L2", "L2:",
-                       "if _y L3 L4",      "L3:", "assign(_x,add(_x,1))", "goto L2", "L4:",
-                       "return(_self,_x)", "L5:", "return(_self,_y)"};
-  EXPECT_EQ(count(crossed(input), "assign(_x, add(_x, 1))"), 2);
+  // The block ahead of the loop's head falls into it: the one at the bottom, with the same code,
+  // jumps there, and not the other way round.
+  crossed({"if _z L1 L5", "L1:", "assign(_x,add(_x,1))", "goto L2", "L2:", "if _y L3 L4",
+           "L3:", "assign(_x,add(_x,1))", "goto L2", "L4:", "return(_self,_x)",
+           "L5:", "return(_self,_y)"});
+  const BB *ahead = target_block(last_cell(state.first_bb)->item->right->left);
+  const BB *head = single_edge(ahead->succs);
+  ASSERT_TRUE(head);
+  EXPECT_EQ(graph_line(ahead->trees->item), "assign(_x, add(_x, 1))");
+  const BB *bottom = target_block(last_cell(head)->item->right->left);
+  EXPECT_EQ(single_edge(bottom->succs), ahead);
+  EXPECT_EQ(bottom->trees->item->op, BRANCH);
 }
 
 TEST_F(CrossJumpTest, RepeatedTestsAreShared) {

@@ -2,6 +2,10 @@
 #include "cfg/check_function.h"
 #include "cfg/graph_rows.h"
 #include "cfg/simpcfg.h"
+#include "cfg/thread_jumps.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace velkor {
 namespace {
@@ -17,22 +21,21 @@ protected:
     return graph();
   }
 
-  // A jump from the entry through that many blocks that only jump; another path leads to each of
-  // them, so that none goes away. Returns the entry's true target.
-  std::string end_of_chain(int jumps) {
+  // Where a reference that leads through that many blocks that only jump goes; from 1, the first of
+  // them, to jumps + 1, the block behind them.
+  int end_of_chain(int jumps) {
     Lines lines = {"if _x L1 L99"};
-    for (int i = 1; i <= jumps; ++i) {
-      lines.push_back("L" + std::to_string(i) + ":");
-      lines.push_back("goto L" + std::to_string(i + 1));
-    }
+    for (int i = 1; i <= jumps; ++i)
+      lines.insert(lines.end(), {"L" + std::to_string(i) + ":", "goto L" + std::to_string(i + 1)});
     lines.insert(lines.end(), {"L" + std::to_string(jumps + 1) + ":", "assign(_y,1)",
                                "return(_self,_y)", "L99:", "return(_self,_z)"});
     build(lines);
-    for (BB *block = state.first_bb; block; block = block->next)
-      if (block->trees->item->op == BRANCH) block->loop_flags = 0;
-    simpcfg(0);
-    const NODE *test = last_cell(state.first_bb)->item;
-    return graph_line(target_block(test->right->left)->trees->item);
+    NODE *test = last_cell(state.first_bb)->item;
+    const BB *first = target_block(test->right->left);
+    const bool changed = thread_labels(test->right, state.first_bb);
+    const int steps = target_block(test->right->left)->dfn - first->dfn;
+    EXPECT_EQ(changed, steps != 0);
+    return steps + 1;
   }
 };
 
@@ -69,12 +72,13 @@ TEST_F(SimpcfgTest, ManyUnreachedBlocksNeedNoStack) {
 }
 
 TEST_F(SimpcfgTest, JumpsToJumpsAreFollowed) {
-  EXPECT_EQ(end_of_chain(16), "assign(_y, 1)");
-  EXPECT_EQ(end_of_chain(17), "goto B" + std::to_string(3)) << "a longer chain stays";
+  EXPECT_EQ(end_of_chain(1), 2);
+  EXPECT_EQ(end_of_chain(16), 17);
+  EXPECT_EQ(end_of_chain(17), 1) << "a longer chain stays";
   // a circle of jumps ends where it closes
   const Lines circle = cleaned({"if _x L1 L4", "L1:", "goto L2", "L2:", "goto L3", "L3:", "goto L1",
                                 "L4:", "return(_self,_x)"});
-  EXPECT_EQ(circle, (Lines{"B1:", "if _x B2 B3", "B2:", "goto B2", "B3:", "return(_self, _x)"}));
+  EXPECT_EQ(circle, (Lines{"B1:", "if _x B3 B2", "B2:", "return(_self, _x)", "B3:", "goto B3"}));
 }
 
 TEST_F(SimpcfgTest, HeadsOfLoopsAreNotJumpedThrough) {
@@ -92,17 +96,18 @@ TEST_F(SimpcfgTest, SmallBlocksAreCopied) {
   const Lines input = {"if _x L1 L2",  "L1:",          "assign(_y,1)",    "if _z L3 L4",
                        "L2:",          "assign(_y,2)", "goto L3",         "L4:",
                        "assign(_y,3)", "L3:",          "return(_self,_y)"};
+  // not into the block just ahead of it
   const Lines copied = {"B1:",
-                        "if _x B2 B4",
+                        "if _x B3 B2",
                         "B2:",
-                        "assign(_y, 1)",
-                        "if _z B5 B3",
-                        "B3:",
-                        "assign(_y, 3)",
-                        "return(_self, _y)",
-                        "B4:",
                         "assign(_y, 2)",
                         "return(_self, _y)",
+                        "B3:",
+                        "assign(_y, 1)",
+                        "if _z B5 B4",
+                        "B4:",
+                        "assign(_y, 3)",
+                        "goto B5",
                         "B5:",
                         "return(_self, _y)"};
   EXPECT_EQ(cleaned(input), copied);
@@ -195,40 +200,39 @@ TEST_F(SimpcfgTest, ConditionsAreClearedOfEffects) {
   EXPECT_EQ(
       cleaned({"switch(assign:uchar(_uc,300),comma(comma(case(300,L1),case(44,L2)),default(L3)))",
                "L1:", "return(_self,1)", "L2:", "return(_self,2)", "L3:", "return(_self,3)"}),
-      (Lines{"B1:", "assign:uchar(_uc, 300)", "return(_self, 2)"}));
+      (Lines{"B1:", "assign(_uc, 300)", "return(_self, 2)"}));
   // a bit field cuts the value further
-  const Lines field = cleaned({"if assign:unsigned(member(_st,_b3),8) L1 L2",
-                               "L1:", "return(_self,add(_x,_y))", "L2:", "return(_self,_y)"});
-  EXPECT_EQ(field[1].substr(0, 9), "if assign");
+  EXPECT_EQ(cleaned({"if assign:unsigned(member(_st,_b3),8) L1 L2", "L1:", "return(_self,_x)",
+                     "L2:", "return(_self,_y)"}),
+            (Lines{"B1:", "assign(member(_st, _b3), 8)", "return(_self, _y)"}));
 }
 
 TEST_F(SimpcfgTest, CasesThatDoNotMatterGo) {
   const auto with_cases = [](const std::string &selector, const std::string &list) {
     return Lines{"switch(" + selector + "," + list + ")",
                  "L1:",
-                 "assign(_x,1)",
-                 "goto L4",
+                 "return(_self,add(_x,1))",
                  "L2:",
-                 "assign(_x,2)",
-                 "goto L4",
+                 "return(_self,add(_x,2))",
                  "L3:",
-                 "assign(_x,3)",
-                 "L4:",
-                 "return(_self,add(_x,_y))"};
+                 "return(_self,add(_x,3))"};
+  };
+  const auto returned = [](int number) {
+    return "return(_self, add(_x, " + std::to_string(number) + "))";
   };
   EXPECT_EQ(cleaned(with_cases(
-                "_z", "comma(comma(comma(case(1,L1),case(2,L2)),case(3,L3)),default(L3))"))[1],
-            "switch _z 1=B2 2=B3 B4");
+                "_z", "comma(comma(comma(case(1,L1),case(2,L2)),case(3,L3)),default(L3))")),
+            (Lines{"B1:", "switch _z 1=B2 2=B3 B4", "B2:", returned(1), "B3:", returned(2),
+                   "B4:", returned(3)}));
   EXPECT_EQ(cleaned(with_cases(
-                "_z", "comma(comma(comma(case(1,L3),case(2,L2)),case(3,L3)),default(L3))"))[1],
-            "if ne(_z, 2) B2 B3");
+                "_z", "comma(comma(comma(case(1,L3),case(2,L2)),case(3,L3)),default(L3))")),
+            (Lines{"B1:", "if ne(_z, 2) B3 B2", "B2:", returned(2), "B3:", returned(3)}));
   EXPECT_EQ(
       cleaned(with_cases("ucall(address(_fn))", "comma(comma(case(1,L3),case(3,L3)),default(L3))")),
-      (Lines{"B1:", "ucall(address(_fn))", "assign(_x, 3)", "return(_self, add(_x, _y))"}));
-  EXPECT_EQ(cleaned(with_cases("2", "comma(comma(case(1,L1),case(2,L2)),default(L3))"))[1],
-            "assign(_x, 2)");
-  EXPECT_EQ(cleaned(with_cases("7", "comma(comma(case(1,L1),case(2,L2)),default(L3))"))[1],
-            "assign(_x, 3)");
+      (Lines{"B1:", "ucall(address(_fn))", returned(3)}));
+  for (const auto &[selector, number] : {std::pair{"2", 2}, {"7", 3}})
+    EXPECT_EQ(cleaned(with_cases(selector, "comma(comma(case(1,L1),case(2,L2)),default(L3))")),
+              (Lines{"B1:", returned(number)}));
 }
 
 TEST_F(SimpcfgTest, EqualAndEmptyArmsAreDropped) {

@@ -82,6 +82,10 @@ TEST_F(ConflictsTest, PartsOfAStatementComeInAnyOrder) {
            "assign(_g2,add(assign(_x,2),_y))", "return(_self,0)"});
   EXPECT_EQ(conflicts("_x"), "y");
   EXPECT_EQ(names(allocation.call_crossing), "x y");
+  use_locals({"_x", "_y"});
+  analyse({"assign(_x,_g1)", "assign(_y,_g2)", "assign(_g2,_y)", "assign(_g1,add(assign(_x,2),_x))",
+           "return(_self,0)"});
+  EXPECT_EQ(conflicts("_x"), "y") << "x may be read before it is assigned";
   use_locals({"_x", "_y", "_z"});
   analyse({"call(address(_fn),comma(assign(_x,1),assign(_y,2)))", "return(_self,0)"});
   EXPECT_EQ(conflicts("_x"), "y") << "both hold their values until the call";

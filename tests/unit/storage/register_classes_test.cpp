@@ -128,7 +128,7 @@ Lines clique(const std::vector<std::pair<std::string, int>> &reads) {
   Lines lines;
   for (const auto &[name, count] : reads)
     lines.push_back("assign(" + name + ",1)");
-  for (int round = 0; round < 10; ++round)
+  for (int round = 0; round < 100; ++round)
     for (const auto &[name, count] : reads)
       if (round < count) lines.push_back("assign(_g1," + name + ")");
   lines.emplace_back("return(_self,0)");
@@ -185,6 +185,20 @@ TEST_F(RegisterClassesTest, ARegisterThatNoNeighbourTakesIsSure) {
                   "\t'_n' is assured an acceptable register\n"
                   "\t'_z' is assured an acceptable register\n");
   EXPECT_EQ(layer.given["_x"], 2) << "packed last, it finds the register of its own";
+}
+
+TEST_F(RegisterClassesTest, ARegisterIsFreeAgainWhenItsLastNeighbourHasLeft) {
+  use_locals({"_x", "_y", "_z", "_i", "_n", "_l"});
+  layer.acceptable = {{"_y", 3}, {"_z", 3}, {"_i", 3}, {"_n", 4}, {"_l", 4}};
+  const std::string text =
+      allocate(clique({{"_x", 60}, {"_y", 30}, {"_z", 30}, {"_i", 30}, {"_n", 1}, {"_l", 1}}),
+               "ENTERING 'allocate_regs' ----------\n", "\t   0 vars");
+  EXPECT_EQ(text, "\t'_l' has been sacrificed by priority\n"
+                  "\t'_n' has been sacrificed by priority\n"
+                  "\t'_x' is assured an acceptable register\n"
+                  "\t'_i' has been sacrificed by priority\n"
+                  "\t'_y' is assured an acceptable register\n"
+                  "\t'_z' is assured an acceptable register\n");
 }
 
 TEST_F(RegisterClassesTest, WhatIsOfferedAndWhatIsNot) {
