@@ -6,7 +6,9 @@
 #include "core/options.h"
 #include "core/state.h"
 #include "icode/function_writer.h"
+#include "loops/propagate_increments.h"
 #include "lower/lower_function.h"
+#include "scalar/dead_assignments.h"
 #include "scalar/fast_cp.h"
 #include "scalar/strip_assertions.h"
 #include "simplify/bit_fields.h"
@@ -30,6 +32,9 @@ constexpr std::array passes = {
          expand_bitfields},
     Pass{"fast_CP", "carry constants and copies to their uses", 1, Shape::ANY, false,
          propagate_fast},
+    Pass{"delay", "delay assignments", 2, Shape::ANY, false, [] { elim_dead_assigns(true, true); }},
+    Pass{"propagate_increments", "fold steps of pointers into accesses", 1, Shape::ANY, false,
+         propagate_increments},
     Pass{"strip_assertions", "drop statements of fact", 0, Shape::ANY, true, strip_assertions},
     Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,
          [] { simpcfg(1); }},
