@@ -55,8 +55,7 @@ struct State {
   SYM *other_syms = nullptr;
   SYM *misc_syms = nullptr;
   int temp_counter = 0;
-  LIST *alloc_comments =
-      nullptr; // ASM comments of the allocator, in the order in which they go out
+  LIST *alloc_comments = nullptr; // ASM comments of the allocator; the last one goes out first
 };
 
 extern State state;

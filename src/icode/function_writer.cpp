@@ -42,6 +42,18 @@ void write_locals() {
     write_chain(chain);
 }
 
+// What the allocator has to say, the oldest comment first: the list has them newest first.
+void write_alloc_comments() {
+  if (!state.alloc_comments) return;
+  write_text(RECORD_COMMENT, ";", 0, 0);
+  state.alloc_comments = list_reverse_onto(state.alloc_comments, nullptr);
+  for (const LIST *cell = state.alloc_comments; cell; cell = cell->next)
+    write_text(static_cast<std::uint8_t>(cell->item->u.lval), cell->item->aux.text, cell->line,
+               cell->line2);
+  write_text(RECORD_COMMENT, ";", 0, 0);
+  state.alloc_comments = erase_list(state.alloc_comments);
+}
+
 // ------------------------------------------------------------------------------------------------
 // Blocks
 
@@ -262,6 +274,7 @@ void write_function() {
   write_locals();
   write_marker(MARKER_EL, state.locals_value);
   if (state.function_is_leaf) write_attribute('L');
+  write_alloc_comments();
   wrbblocks();
   write_marker(MARKER_EF, state.end_value);
   if (state.debug_on) std::fflush(output.file);

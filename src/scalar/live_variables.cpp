@@ -1,0 +1,330 @@
+#include "scalar/live_variables.h"
+
+#include "core/failure.h"
+#include "core/fun.h"
+#include "core/nodes.h"
+#include "core/output.h"
+#include "core/questions.h"
+#include "core/state.h"
+#include "diag/dump.h"
+#include "scalar/split_commas.h"
+#include "simplify/simplify.h"
+
+#include <utility>
+#include <vector>
+
+namespace velkor {
+
+LiveVariables live_variables;
+
+namespace {
+
+// ------------------------------------------------------------------------------------------------
+// Statements
+
+void drop_cell(LIST *cell) {
+  LIST *next = cell->next;
+  *cell = *next;
+  give_list(next);
+}
+
+// The last statement is the block's transfer and stays, whatever it is.
+void tidy_statements(BB *block) {
+  for (LIST *cell = block->trees; cell; cell = cell->next)
+    do {
+      while (cell->next && op_effect(cell->item->op) == PURE) {
+        cell->item = discard_value(cell->item);
+        if (cell->item) break;
+        drop_cell(cell);
+      }
+    } while (split_comma(cell));
+}
+
+// ------------------------------------------------------------------------------------------------
+// Candidates
+
+void number_candidate(SYM *sym, const char *message) {
+  const int number = live_variables.num_candidates++;
+  sym->count = number;
+  sym->fcp_flag = 0;
+  debug_print(message, number, sym->name);
+}
+
+bool is_static_candidate(const SYM *sym) {
+  return sym->sclass == C_STAT && sym->level >= 2 && !is_const_symbol(sym) &&
+         !is_volatile_symbol(sym) && is_scalar(sym->stype);
+}
+
+void number_candidates(bool for_dead_code) {
+  live_variables = LiveVariables{};
+  std::vector<SYM *> candidates;
+  for (SYM *sym = state.scalar_syms; sym; sym = sym->next) {
+    number_candidate(sym, "\tLVA candidate %2d is variable '%s'\n");
+    candidates.push_back(sym);
+  }
+  const std::size_t automatic = candidates.size();
+  for (SYM *sym = for_dead_code ? state.static_syms : nullptr; sym; sym = sym->next)
+    if (is_static_candidate(sym)) {
+      number_candidate(sym, "\tLVA candidate %2d is STATIC variable '%s'\n");
+      candidates.push_back(sym);
+    }
+  live_variables.words = set_words(live_variables.num_candidates);
+  live_variables.candidates = static_cast<SYM **>(lalloc(candidates.size() * sizeof(SYM *)));
+  std::copy(candidates.begin(), candidates.end(), live_variables.candidates);
+  live_variables.static_candidates = new_set(live_variables.words);
+  for (std::size_t number = automatic; number < candidates.size(); ++number)
+    set_add(live_variables.static_candidates, static_cast<int>(number));
+}
+
+// ------------------------------------------------------------------------------------------------
+// What one block reads and assigns
+
+// The sets of the block at hand.
+struct LocalSets {
+  Set uses;
+  Set defs;
+  bool statics_take_part;
+};
+LocalSets local;
+
+bool is_name_of(const NODE *node, const SYM *sym) {
+  return node && node->op == NAME && node->u.sym == sym;
+}
+
+// x = x op e: when x is dead behind it the whole statement goes, so it does not keep x alive. An
+// access with effects in the right side would stay, and x with it: p = p->next where next is
+// volatile.
+bool is_self_update(const NODE *assignment) {
+  NODE *value = assignment->right;
+  return op_effect(value->op) == PURE && is_name_of(value->left, assignment->left->u.sym) &&
+         !has_side_effects(value);
+}
+
+// x = a op x  ->  x = x op a, where nothing in a could notice the exchange.
+void bring_self_update_into_form(NODE *assignment) {
+  NODE *value = assignment->right;
+  const SYM *sym = assignment->left->u.sym;
+  if (op_swapped(value->op) == ILLOP || !is_name_of(value->right, sym)) return;
+  if (is_name_of(value->left, sym) || has_side_effects(value->left)) return;
+  std::swap(value->left, value->right);
+  value->op = op_swapped(value->op);
+}
+
+bool reaches(const FUN *from, const FUN *to) {
+  if (!to || to->cg_number < 0) return false;
+  const auto number = static_cast<unsigned>(to->cg_number);
+  return (from->reach[number >> 5] >> (number & 31) & 1) != 0;
+}
+
+// May the call leave by a longjmp, into a function further out that calls this one again, or into
+// this one? Then the code behind the call does not run, and the statics are read as they are.
+bool may_not_return(const NODE *call) {
+  const FUN *fun = fun_of_call(call);
+  if (!fun || (fun->flags & FUN_never_returns)) return true;
+  if (fun->flags & FUN_is_SYSTEM) return false;
+  if (!(fun->flags & FUN_is_defined) || !fun->reach) return true;
+  return reaches(fun, state.unknown_fun) || reaches(fun, fun_find("longjmp"));
+}
+
+bool is_compound_assignment(const NODE *node) {
+  return asgop_base(node->op) != ILLOP;
+}
+
+// What the statement reads before the block assigns it. self: at the root of a statement, in
+// elimination of dead assignments.
+void local_lva_uses(NODE *tree, bool self) {
+  for (; tree; tree = tree->left, self = false) {
+    switch (tree->op) {
+    case NAME:
+      if (is_candidate(tree->u.sym) && !set_has(local.defs, tree->u.sym->count))
+        set_add(local.uses, tree->u.sym->count);
+      return;
+    case ASSIGN:
+      if (tree->left->op != NAME) break;
+      if (self) bring_self_update_into_form(tree);
+      local_lva_uses(self && is_self_update(tree) ? tree->right->right : tree->right, false);
+      return;
+    case LOOP:
+    case INITLOOP: local_lva_uses(tree->right, false); return;
+    case CALL:
+    case UCALL:
+    case STCALL:
+    case USTCALL:
+    case XCALL:
+    case UXCALL:
+      if (local.statics_take_part && (call_may_reenter(tree) || may_not_return(tree)))
+        set_union(local.uses, live_variables.static_candidates, live_variables.words);
+      break;
+    default:
+      if (!self || !is_compound_assignment(tree) || tree->left->op != NAME) break;
+      local_lva_uses(tree->right, false);
+      return;
+    }
+    if (tree->right) local_lva_uses(tree->right, false);
+  }
+}
+
+// Whoever has the address may read and change the object later, at any call; so it stops being a
+// candidate wherever the address goes, also as an argument: the callee may keep it.
+void lose_candidate(const NODE *address) {
+  const NODE *object = address->left;
+  while (object->op == MEMBER)
+    object = object->left;
+  if (object->op != NAME) return;
+  object->u.sym->fcp_flag = 1;
+  object->u.sym->count = candidate_lost;
+}
+
+[[noreturn]] void fail_in_defs(const NODE *tree) {
+  print("\n\n   !!! Error in 'local_lva_defs()', opcode=%d %s !!!\n", tree->op, op_name(tree->op));
+  abnormal_end();
+}
+
+// self: as above. conditional: inside an operand that may not be evaluated. An assignment there
+// lets the value that was there before live on, so it counts as a use.
+void add_definition(const NODE *assignment, bool self, bool conditional) {
+  const SYM *sym = assignment->left->u.sym;
+  if (!is_candidate(sym) || (self && is_self_update(assignment))) return;
+  if (!conditional)
+    set_add(local.defs, sym->count);
+  else if (!set_has(local.defs, sym->count))
+    set_add(local.uses, sym->count);
+}
+
+// What the statement assigns.
+void local_lva_defs(NODE *tree, bool self, bool conditional) {
+  for (; tree; tree = tree->left) {
+    bool right_is_conditional = conditional;
+    switch (tree->op) {
+    case ASSIGN:
+      if (tree->left->op == NAME) add_definition(tree, self, conditional);
+      break;
+    case ADDRESS:
+    case ARGREF: lose_candidate(tree); break;
+    case SWITCH:
+    case IF: continue;
+    case LOGICAL_AND:
+    case LOGICAL_OR:
+    case CONDITIONAL: right_is_conditional = true; break;
+    case UXCALL: return;
+    case ILLOP:
+    case CSE_DUPE:
+    case CSE_ORIG: fail_in_defs(tree);
+    default: break;
+    }
+    self = false;
+    if (tree->right) local_lva_defs(tree->right, false, right_is_conditional);
+  }
+}
+
+void find_local_sets(BB *block, bool for_dead_code) {
+  const int words = live_variables.words;
+  auto *sets = new_set(4 * words);
+  for (void *&slot : block->work) {
+    slot = sets;
+    sets += words;
+  }
+  local = {uses(block), defs(block), !set_is_empty(live_variables.static_candidates, words)};
+  for (LIST *cell = block->trees; cell; cell = cell->next) {
+    local_lva_uses(cell->item, for_dead_code);
+    local_lva_defs(cell->item, for_dead_code, false);
+  }
+  set_subtract(defs(block), uses(block), words);
+  set_copy(live_in(block), uses(block), words);
+}
+
+// ------------------------------------------------------------------------------------------------
+// The whole function
+
+// live_in := (live_out without defs) or uses
+void pass_through_block(BB *block) {
+  Set in = live_in(block);
+  for (int i = 0; i < live_variables.words; ++i)
+    in[i] = (live_out(block)[i] & ~defs(block)[i]) | uses(block)[i];
+}
+
+bool update_live_out(BB *block) {
+  if (!block->succs) {
+    set_copy(live_out(block), live_variables.static_candidates, live_variables.words);
+    return false;
+  }
+  bool changed = false;
+  for (const EDGE *edge = block->succs; edge; edge = edge->next)
+    changed |= set_union(live_out(block), live_in(edge->bb), live_variables.words);
+  return changed;
+}
+
+void solve() {
+  for (bool changed = true; changed;) {
+    changed = false;
+    debug_print("\n\tNext iteration of global live variable loop\n");
+    for (BB *block = state.first_bb->prev;; block = block->prev) {
+      changed |= update_live_out(block);
+      pass_through_block(block);
+      if (block == state.first_bb) break;
+    }
+  }
+}
+
+// ------------------------------------------------------------------------------------------------
+// What has been given a value
+
+// One set for each block, by dfn.
+class BlockSets {
+public:
+  BlockSets()
+      : sets_(static_cast<std::size_t>(state.num_blocks + 1) *
+              static_cast<std::size_t>(live_variables.words)) {}
+  [[nodiscard]] Set of(const BB *block) {
+    return sets_.data() +
+           static_cast<std::size_t>(block->dfn) * static_cast<std::size_t>(live_variables.words);
+  }
+
+private:
+  std::vector<std::uint32_t> sets_;
+};
+
+void add_entry_candidates(Set seen_in) {
+  for (const SYM *sym = state.scalar_syms; sym; sym = sym->next)
+    if (sym->level == 1 && is_candidate(sym)) set_add(seen_in, sym->count);
+  set_union(seen_in, live_variables.static_candidates, live_variables.words);
+}
+
+// A variable is not live where no path has touched it yet: two variables whose uses lie apart shall
+// not be in each other's way because one of them seems to be read before it is set.
+void restrict_to_touched() {
+  const int words = live_variables.words;
+  BlockSets seen_in;
+  BlockSets seen_out;
+  for (BB *block = state.first_bb; block; block = block->next) {
+    set_copy(seen_out.of(block), uses(block), words);
+    set_union(seen_out.of(block), defs(block), words);
+  }
+  add_entry_candidates(seen_in.of(state.first_bb));
+  for (bool changed = true; changed;) {
+    changed = false;
+    for (const BB *block = state.first_bb; block; block = block->next) {
+      for (const EDGE *edge = block->preds; edge; edge = edge->next)
+        set_union(seen_in.of(block), seen_out.of(edge->bb), words);
+      changed |= set_union(seen_out.of(block), seen_in.of(block), words);
+    }
+  }
+  for (BB *block = state.first_bb; block; block = block->next)
+    set_intersect(live_out(block), seen_out.of(block), words);
+}
+
+} // namespace
+
+void find_live_variables(bool for_dead_code) {
+  debug_print("\n\n\t\t\t---------- ENTERING 'find_live_variables' --------\n");
+  for (BB *block = state.first_bb; block; block = block->next)
+    tidy_statements(block);
+  number_candidates(for_dead_code);
+  if (live_variables.num_candidates == 0) return;
+  for (BB *block = state.first_bb; block; block = block->next)
+    find_local_sets(block, for_dead_code);
+  solve();
+  if (!for_dead_code) restrict_to_touched();
+}
+
+} // namespace velkor

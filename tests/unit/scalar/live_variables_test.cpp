@@ -1,0 +1,217 @@
+// Live variables: what each block needs, against a search along paths.
+#include "storage/storage_rows.h"
+
+#include <random>
+#include <set>
+#include <vector>
+
+namespace velkor {
+namespace {
+
+class LiveVariablesTest : public StorageRowTest {
+protected:
+  // live_in of each block, "1: x y; 2: x; ...", blocks where nothing is live left out.
+  std::string live(const Lines &lines, bool for_dead_code) {
+    build(lines);
+    sym_split();
+    find_live_variables(for_dead_code);
+    std::string result;
+    for (BB *each = state.first_bb; each; each = each->next)
+      if (const std::string members = names(live_in(each)); !members.empty())
+        result += std::to_string(each->dfn) + ": " + members + "; ";
+    return result;
+  }
+};
+
+const Lines loop = {"assign(_x,0)", "L1:",           "if lt(_x,_n) L2 L3",
+                    "L2:",          "assign(_y,_x)", "assign(_x,add(_x,1))",
+                    "goto L1",      "L3:",           "return(_self,_z)"};
+
+TEST_F(LiveVariablesTest, ARangeGoesAroundTheLoop) {
+  use_locals({"_x", "_y", "_z", "_n"});
+  EXPECT_EQ(live(loop, false), "1: z n; 2: x z n; 3: z; 4: x z n; ");
+}
+
+TEST_F(LiveVariablesTest, AnUpdateOfAVariableByItselfDoesNotKeepItAlive) {
+  const auto expect_live = [&](const char *update, const char *in_dead_code_mode,
+                               const char *result = nullptr) {
+    use_locals({"_x", "_y", "_sp"});
+    const Lines lines = {"goto L1", "L1:", update, "if _y L1 L2", "L2:"};
+    EXPECT_EQ(live(lines, true), in_dead_code_mode) << update;
+    EXPECT_EQ(graph()[3], result ? result : text(tree(update)));
+    EXPECT_NE(live(lines, false), "1: y; 2: y; ") << update;
+  };
+  expect_live("assign(_x,add(_x,1))", "1: y; 2: y; ");
+  expect_live("asg_divide(_x,_g1)", "1: y; 2: y; ");
+  expect_live("assign(_x,add(_g1,_x))", "1: y; 2: y; ", "assign(_x, add(_x, _g1))");
+  expect_live("assign(_x,add(_vol,_x))", "1: x y; 2: x y; ");
+  expect_live("assign(_x,add(_x,_vol))", "1: x y; 2: x y; ");
+  expect_live("assign(_x,add(ucall(address(_fn)),_x))", "1: x y; 2: x y; ");
+  expect_live("assign(_g1,assign(_x,add(_x,1)))", "1: x y; 2: x y; ");
+}
+
+TEST_F(LiveVariablesTest, StatementsAreTidied) {
+  use_locals({"_x", "_y"});
+  build({"add(_x,_y)", "comma_op(comma_op(_x,ucall(address(_fn))),assign(_x,1))", "_vol",
+         "add(ucall(address(_fn)),ucall(address(_fm)))",
+         "call(comma_op(asg_add(_y,1),address(_fn)),_x)", "if comma_op(assign(_x,2),_y) L1 L2",
+         "L1:", "L2:"});
+  sym_split();
+  find_live_variables(false);
+  Lines lines = graph();
+  lines.resize(9);
+  EXPECT_EQ(lines, (Lines{"B1:", "ucall(address(_fn))", "assign(_x, 1)", "_vol",
+                          "ucall(address(_fn))", "ucall(address(_fm))", "asg_add(_y, 1)",
+                          "call(address(_fn), _x)", "assign(_x, 2)"}));
+  EXPECT_EQ(block(1)->trees->line, 2) << "the parts of a statement keep its line";
+}
+
+TEST_F(LiveVariablesTest, AVariableWhoseAddressGetsAwayIsNoCandidate) {
+  use_locals({"_x", "_y", "_z", "_st"});
+  EXPECT_EQ(live({"call(address(_fn),comma(address(_x),_y))", "assign(_p,address(_z))",
+                  "assign(_gp,pconv:int*(address(member(_st,_m))))", "goto L1",
+                  "L1:", "return(_self,add(add(_x,_y),_z))"},
+                 true),
+            "1: y; 2: y; ");
+  EXPECT_EQ(sym("_x")->count, candidate_lost);
+  EXPECT_TRUE(sym("_x")->fcp_flag && sym("_z")->fcp_flag && sym("_st")->fcp_flag);
+  EXPECT_FALSE(sym("_y")->fcp_flag);
+}
+
+TEST_F(LiveVariablesTest, AnAssignmentThatMayBeSkippedKeepsTheOldValue) {
+  use_locals({"_x", "_y"});
+  for (const char *statement :
+       {"logical_and(_g1,assign(_x,1))", "logical_or(_g1,assign(_x,1))",
+        "conditional:int(_g1,alternatives:int(assign(_x,1),ucall(address(_fn))))"}) {
+    const Lines lines = {"assign(_x,0)", "goto L1", "L1:", statement, "return(_self,_x)"};
+    EXPECT_EQ(live(lines, true), "2: x; ") << statement;
+    EXPECT_EQ(live(lines, false), "2: x; ") << statement;
+    EXPECT_EQ(names(live_out(block(1))), "x") << statement;
+  }
+}
+
+TEST_F(LiveVariablesTest, CallsAndTheEndReadStatics) {
+  sym("_n")->sclass = C_STAT;
+  use_locals({"_x", "_n"});
+  EXPECT_EQ(live({"assign(_n,1)", "if _x L1 L2", "L1:", "assign(_n,2)", "return(_self,0)",
+                  "L2:", "assign(_n,_x)", "return(_self,1)"},
+                 true),
+            "1: x; 3: x; ");
+  EXPECT_EQ(names(live_out(block(2))), "n") << "at the end";
+  const auto before_a_call = [&](const char *call) {
+    return live({"assign(_x,1)", "goto L1", "L1:", call, "assign(_n,2)", "return(_self,_x)"}, true);
+  };
+  EXPECT_EQ(before_a_call("ucall(address(_fn))"), "1: n; 2: x n; ") << "it may come back in";
+  EXPECT_EQ(before_a_call("assign(_g1,2)"), "2: x; ");
+  options.opt_assume_reentrant = 0;
+  EXPECT_EQ(before_a_call("call(address(_strlen),_cp)"), "2: x; ");
+  EXPECT_EQ(before_a_call("ucall:int(_p)"), "1: n; 2: x n; ") << "it may leave by a jump";
+  EXPECT_EQ(before_a_call("call(address(_exit),1)"), "1: n; 2: x n; ");
+  EXPECT_EQ(live({"ucall(address(_fn))", "return(_self,_n)"}, false), "");
+}
+
+TEST_F(LiveVariablesTest, ForAllocationARangeBeginsWhereThereIsAValue) {
+  use_locals({"_x", "_y"});
+  const Lines lines = {
+      "assign(_y,1)", "if _g1 L1 L2",  "L1:",     "assign(_x,_y)", "goto L3",
+      "L2:",          "asg_add(_y,1)", "goto L3", "L3:",           "return(_self,add(_x,_y))"};
+  live(lines, true);
+  EXPECT_EQ(names(live_out(block(1))), "x y");
+  live(lines, false);
+  EXPECT_EQ(names(live_out(block(1))), "y") << "nothing has set x yet";
+  EXPECT_EQ(names(live_in(block(1))), "x") << "what the entry needs stays as it is";
+}
+
+TEST_F(LiveVariablesTest, WithoutCandidatesNothingIsSaid) {
+  use_locals({"_a", "_st"});
+  sym("_g1")->count = 0; // a figure that some other pass has left
+  build({"assign(_g1,1)"});
+  sym_split();
+  EXPECT_EQ(debug_text([] { find_live_variables(true); }),
+            "\n\n\t\t\t---------- ENTERING 'find_live_variables' --------\n");
+  use_locals({"_x"});
+  build({"assign(_g1,_x)"});
+  sym_split();
+  EXPECT_EQ(debug_text([] { find_live_variables(true); }),
+            "\n\n\t\t\t---------- ENTERING 'find_live_variables' --------\n"
+            "\tLVA candidate  0 is variable '_x'\n"
+            "\n\tNext iteration of global live variable loop\n");
+  EXPECT_EQ(names(live_in(block(1))), "x");
+  EXPECT_EQ(names(defs(block(1))), "") << "the global has the number of x, and is no candidate";
+}
+
+// ------------------------------------------------------------------------------------------------
+// Random functions
+
+const std::vector<std::string> variables = {"_x", "_y", "_z", "_i", "_n"};
+
+class RandomFunction {
+public:
+  explicit RandomFunction(unsigned seed) : random_(seed) {
+    const int blocks = 2 + below(8);
+    for (int i = 1; i <= blocks; ++i) {
+      lines.push_back("L" + std::to_string(i) + ":");
+      for (int count = below(4); count > 0; --count)
+        lines.push_back(statement());
+      if (below(3) == 0)
+        lines.push_back("return(_self," + variable() + ")");
+      else
+        lines.push_back("if " + variable() + " L" + std::to_string(1 + below(blocks)) + " L" +
+                        std::to_string(1 + below(blocks)));
+    }
+  }
+  Lines lines;
+
+private:
+  int below(int limit) { return static_cast<int>(random_() % static_cast<unsigned>(limit)); }
+  const std::string &variable() { return variables[static_cast<std::size_t>(below(5))]; }
+  std::string statement() {
+    switch (below(4)) {
+    case 0: return "assign(" + variable() + ",1)";
+    case 1: return "assign(" + variable() + ",add(" + variable() + "," + variable() + "))";
+    case 2: return "asg_add(" + variable() + "," + variable() + ")";
+    default: return "assign(_g1," + variable() + ")";
+    }
+  }
+
+  std::minstd_rand random_;
+};
+
+// By the definition: does a path lead from the block's start to a read of sym, without an
+// assignment before it?
+bool reads(const NODE *tree, const SYM *sym) {
+  if (!tree) return false;
+  if (tree->op == NAME) return tree->u.sym == sym;
+  const bool assigns_name = tree->op == ASSIGN && tree->left->op == NAME;
+  return reads(tree->right, sym) || (!assigns_name && reads(tree->left, sym));
+}
+
+bool is_live_at(const BB *block, const SYM *sym, std::set<const BB *> &seen) {
+  if (!seen.insert(block).second) return false;
+  for (const LIST *cell = block->trees; cell; cell = cell->next) {
+    const NODE *item = cell->item;
+    if (reads(item->op == IF ? item->left : item, sym)) return true;
+    if (item->op == ASSIGN && item->left->op == NAME && item->left->u.sym == sym) return false;
+  }
+  for (const EDGE *edge = block->succs; edge; edge = edge->next)
+    if (is_live_at(edge->bb, sym, seen)) return true;
+  return false;
+}
+
+TEST_F(LiveVariablesTest, AgreesWithASearchAlongPaths) {
+  for (unsigned seed = 1; seed <= 200; ++seed) {
+    use_locals({"_x", "_y", "_z", "_i", "_n"});
+    const RandomFunction function(seed);
+    live(function.lines, false);
+    for (BB *each = state.first_bb; each; each = each->next)
+      for (const std::string &variable : variables) {
+        SYM *local = sym(variable.c_str());
+        std::set<const BB *> seen;
+        EXPECT_EQ(set_has(live_in(each), local->count), is_live_at(each, local, seen))
+            << "seed " << seed << ", block " << each->dfn << ", " << variable;
+      }
+  }
+}
+
+} // namespace
+} // namespace velkor

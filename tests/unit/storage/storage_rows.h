@@ -1,0 +1,78 @@
+// Functions as rows of statements, for liveness and storage allocation.
+#pragma once
+
+#include "cfg/graph_rows.h"
+#include "core/target.h"
+#include "scalar/live_variables.h"
+#include "storage/conflicts.h"
+
+#include <cstdio>
+#include <cstring>
+#include <initializer_list>
+#include <string>
+
+namespace velkor {
+
+class StorageRowTest : public GraphRowTest {
+protected:
+  StorageRowTest() { velkor::target = Target{}; }
+  ~StorageRowTest() override {
+    velkor::target = Target{};
+    if (state.debug_file) std::fclose(state.debug_file);
+    state.debug_file = nullptr;
+  }
+
+  // Makes these the function's symbols; candidates are numbered in this order.
+  void use_locals(std::initializer_list<const char *> names) {
+    state.local_syms = state.temp_syms = nullptr;
+    state.scalar_syms = state.static_syms = state.other_syms = state.misc_syms = nullptr;
+    for (const char *each : names) {
+      SYM *local = sym(each);
+      local->next = state.local_syms;
+      state.local_syms = local;
+    }
+  }
+
+  // Turns a local into a parameter that the source calls by another name, no longer than its own.
+  SYM *make_parameter(const char *local, const char *source_name) {
+    SYM *parameter = sym(local);
+    parameter->level = 1;
+    parameter->sclass = parameter->orig_sclass = C_REGPARM;
+    std::strcpy(parameter->name, source_name);
+    return parameter;
+  }
+
+  // The text that run writes to the debug file.
+  template <typename Run> static std::string debug_text(Run run) {
+    state.debug_file = std::tmpfile();
+    state.debug_on = options.debug_level > 0 ? options.debug_level : 1;
+    run();
+    std::string text(static_cast<std::size_t>(std::ftell(state.debug_file)), '\0');
+    std::rewind(state.debug_file);
+    EXPECT_EQ(std::fread(text.data(), 1, text.size(), state.debug_file), text.size());
+    std::fclose(state.debug_file);
+    state.debug_file = nullptr;
+    state.debug_on = 0;
+    return text;
+  }
+
+  // Names of the candidates in a set without the underscore, by number.
+  static std::string names(ConstSet set) {
+    std::string result;
+    for (int number = 0; number < live_variables.num_candidates; ++number)
+      if (set_has(set, number) && is_candidate(live_variables.candidates[number])) {
+        const char *name = live_variables.candidates[number]->name;
+        result += (result.empty() ? "" : " ") + std::string(*name == '_' ? name + 1 : name);
+      }
+    return result;
+  }
+
+  static BB *block(int dfn) {
+    BB *result = state.first_bb;
+    while (result && result->dfn != dfn)
+      result = result->next;
+    return result;
+  }
+};
+
+} // namespace velkor
