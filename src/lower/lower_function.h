@@ -3,8 +3,8 @@
 
 namespace velkor {
 
-// An ASSERT gets its text back as the second operand of its condition: ASSERT(x) with the text in
-// aux becomes ASSERT((x, "text")).
+// The lowering of the current function: numbers of blocks, trees, labels. Afterwards only the
+// writer looks at the trees.
 void lower_function();
 
 } // namespace velkor

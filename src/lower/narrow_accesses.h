@@ -1,4 +1,9 @@
 // Memory accesses as narrow as what is looked at.
+//
+// y = x & 0xFF;  with an int x in memory becomes  y = *(unsigned char *) &x & 0xFF;
+//
+// A walk from a statement's root down, with the mask of the bits that the consumer of each value
+// looks at. A part of the lowering: its trees are lowered, and so is what it leaves.
 #pragma once
 
 #include "core/records.h"

@@ -6,6 +6,7 @@
 #include "core/output.h"
 #include "core/state.h"
 #include "core/symbols.h"
+#include "core/target.h"
 #include "simplify/bit_field_expansion.h"
 #include "simplify/patterns.h"
 #include "simplify/simplify.h"
@@ -20,10 +21,9 @@ bool is_member_class(const SYM *sym) {
   return sym->sclass == C_MOS || sym->sclass == C_MOU || sym->sclass == C_FIELD;
 }
 
-// Can the machine read that narrow a piece of memory by itself? This one has loads and stores of
-// bytes and halfwords.
-constexpr bool has_narrow_access(TypeWord type) {
-  return type == UNSIGNED_CHAR || type == UNSIGNED_SHORT;
+// Can the machine read that narrow a piece of memory by itself?
+bool has_narrow_access(TypeWord type) {
+  return access_cost(type).load != 0;
 }
 
 struct Unit {

@@ -97,9 +97,9 @@ void normalize_relation(NODE *node);
 
 // Is a conversion of an operand needless where only as many of its low bits count as the target
 // type has? Integers only: a float's conversion is a computation.
-[[nodiscard]] inline bool conversion_is_needless(TypeWord target, const NODE *conversion) {
-  return conversion->op == SCONV && is_integer(target) && is_integer(conversion->type) &&
-         is_integer(conversion->left->type) && type_width(target) <= type_width(conversion->type);
+[[nodiscard]] inline bool conversion_is_needless(TypeWord outer, const NODE *conversion) {
+  return conversion->op == SCONV && is_integer(outer) && is_integer(conversion->type) &&
+         is_integer(conversion->left->type) && type_width(outer) <= type_width(conversion->type);
 }
 
 // The tree that takes the place of one of the given type, brought to that type; takes the tree.
