@@ -60,7 +60,7 @@ Opcode common_opcode(Opcode op) {
   return swapped == ILLOP ? op : std::min(op, swapped);
 }
 
-constexpr int deepest_level = 8; // what lies deeper counts as equal
+constexpr int deepest_level = 4; // what lies deeper counts as equal
 
 Signature tree_signature(const NODE *tree, int level);
 
@@ -72,8 +72,17 @@ Signature operand_signature(const NODE *tree, int level) {
   return signature;
 }
 
+// The sum over the operands of x op y op z, in whatever grouping and order they stand.
+Signature regrouped_signature(const NODE *tree, Opcode op, TypeWord type, int level) {
+  Signature sum = 0;
+  for (;; tree = skip_shares(tree->left)) {
+    if (tree->op != op || tree->type != type) return sum + tree_signature(tree, level);
+    sum += regrouped_signature(skip_shares(tree->right), op, type, level);
+  }
+}
+
 // Equal trees have equal signatures. A parameter and its home are told by one name, and the home
-// may stand for the converted parameter; of operands that may be regrouped nothing is looked at.
+// may stand for the converted parameter.
 Signature tree_signature(const NODE *tree, int level) {
   if (level == deepest_level) return 0;
   tree = skip_shares(tree);
@@ -86,6 +95,11 @@ Signature tree_signature(const NODE *tree, int level) {
   case RETURN:
     return mix(RETURN, tree->right ? tree_signature(tree->right, level + 1) : Signature{0});
   case CALL: return operand_signature(tree, level + 1);
+  case ADD:
+  case MULTIPLY:
+  case BIT_AND:
+  case BIT_OR:
+  case BIT_XOR: return mix(regrouped_signature(tree, tree->op, tree->type, level + 1), tree->op);
   default:
     if (tree->op == ASSIGN || asgop_base(tree->op) != ILLOP)
       return operand_signature(tree, level + 1);

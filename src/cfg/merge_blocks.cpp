@@ -145,14 +145,21 @@ bool only_dead_between(const BB *block, const BB *successor) {
   return true;
 }
 
-// The loops that a test heads: a copy of it serves one entry. A block all of whose predecessors
-// jump to it would be copied into each of them.
+// Copies of a test that more blocks than this jump to would cost more than the jumps, and looking
+// at all of them again for each takes time that grows with the square of their number.
+constexpr int most_sources_of_copied_test = 1000;
+
+// A copy of a test at a loop's head serves the one entry: neither may the loop be entered from its
+// own blocks only, nor may the test head several loops.
 bool heads_at_most_one_loop(const BB *test) {
   for (const EDGE *edge = test->succs; edge; edge = edge->next)
     if (edge->bb->dfn <= test->dfn) return false;
+  int sources = 0;
   int backward = 0;
-  for (const EDGE *edge = test->preds; edge; edge = edge->next)
+  for (const EDGE *edge = test->preds; edge; edge = edge->next) {
+    if (++sources > most_sources_of_copied_test) return false;
     if (edge->bb->dfn >= test->dfn && ++backward > 1) return false;
+  }
   return true;
 }
 

@@ -132,13 +132,8 @@ void compact_chain() {
   state.first_bb->prev = tail;
 }
 
-} // namespace
-
-int simpcfg_mode = 0;
-
-void simpcfg(int mode) {
-  if (!state.first_bb) return;
-  simpcfg_mode = mode;
+bool clean_graph(int mode) {
+  const EdgeKeeper keeper;
   if (mode != 0) {
     cross_jump();
     merge_repeated_ifs();
@@ -152,7 +147,17 @@ void simpcfg(int mode) {
     if (!step) break;
     changed = true;
   }
-  if (changed) recompute_cfg();
+  return changed;
+}
+
+} // namespace
+
+int simpcfg_mode = 0;
+
+void simpcfg(int mode) {
+  if (!state.first_bb) return;
+  simpcfg_mode = mode;
+  if (clean_graph(mode)) recompute_cfg();
 }
 
 // Without recursion: thousands of blocks may hang on one another.
@@ -164,7 +169,7 @@ void delete_block(BB *block) {
     if (dead->preds || dead == state.first_bb || !dead->trees) continue;
     dead->trees = erase_list(dead->trees);
     for (EDGE *edge = dead->succs; edge; edge = edge->next) {
-      edge->bb->preds = edge_remove(dead, edge->bb->preds);
+      remove_predecessor(edge->bb, dead);
       if (!edge->bb->preds) unreached.push_back(edge->bb);
     }
     dead->succs = erase_edges(dead->succs);

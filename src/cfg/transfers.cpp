@@ -3,10 +3,69 @@
 #include "cfg/graph.h"
 #include "core/nodes.h"
 
+#include <unordered_map>
 #include <vector>
 
 namespace velkor {
 namespace {
+
+// ------------------------------------------------------------------------------------------------
+// Predecessors of one block by the thousands
+
+// Steps in a list that are worth an index: taking each of n members out of a plain list takes a
+// time that grows with the square of n.
+constexpr int long_search = 64;
+
+using Places = std::unordered_map<const BB *, EDGE *>; // for looking up only
+std::unordered_map<const BB *, Places> places_by_block;
+bool edges_are_kept = false;
+
+Places *known_places(const BB *target) {
+  if (places_by_block.empty()) return nullptr;
+  const auto found = places_by_block.find(target);
+  return found == places_by_block.end() ? nullptr : &found->second;
+}
+
+Places &make_places(const BB *target) {
+  Places &places = places_by_block[target];
+  for (EDGE *edge = target->preds; edge; edge = edge->next)
+    places[edge->bb] = edge;
+  return places;
+}
+
+EDGE *find_place(const Places &places, const BB *block) {
+  const auto found = places.find(block);
+  return found == places.end() ? nullptr : found->second;
+}
+
+// The cell of the block in the list; none when it is not there.
+EDGE *find_predecessor(const BB *target, const BB *block) {
+  if (const Places *places = known_places(target)) return find_place(*places, block);
+  int steps = 0;
+  for (EDGE *edge = target->preds; edge; edge = edge->next) {
+    if (edge->bb == block) return edge;
+    if (edges_are_kept && ++steps == long_search) return find_place(make_places(target), block);
+  }
+  return nullptr;
+}
+
+void add_predecessor(BB *target, BB *block) {
+  target->preds = edge_cons(block, target->preds);
+  if (Places *places = known_places(target)) (*places)[block] = target->preds;
+}
+
+void replace_predecessor(const BB *target, const BB *from, BB *to) {
+  EDGE *cell = find_predecessor(target, from);
+  if (!cell) return;
+  cell->bb = to;
+  if (Places *places = known_places(target)) {
+    places->erase(from);
+    (*places)[to] = cell;
+  }
+}
+
+// ------------------------------------------------------------------------------------------------
+// Targets
 
 // In the order that adding each target at the head gives, the references looked at from the right:
 // the true target of an IF comes first. The mark tells at once whether a target is there.
@@ -79,25 +138,47 @@ void refresh_successors(BB *block, const NODE *transfer) {
     if (edge->bb->edge_source == block)
       edge->bb->edge_source = nullptr; // a successor as before
     else
-      edge->bb->preds = edge_remove(block, edge->bb->preds);
+      remove_predecessor(edge->bb, block);
   }
   for (EDGE *edge = block->succs; edge; edge = edge->next) {
     if (edge->bb->edge_source != block) continue;
     edge->bb->edge_source = nullptr;
-    edge->bb->preds = edge_cons(block, edge->bb->preds);
+    add_predecessor(edge->bb, block);
   }
   erase_edges(former);
+}
+
+void remove_predecessor(BB *target, const BB *block) {
+  EDGE *cell = find_predecessor(target, block);
+  if (!cell) return;
+  Places *places = known_places(target);
+  if (!places) {
+    target->preds = edge_remove(cell->bb, target->preds);
+    return;
+  }
+  // The first member takes the place of the one that goes.
+  EDGE *first = target->preds;
+  places->erase(block);
+  if (cell != first) (*places)[first->bb] = cell;
+  cell->bb = first->bb;
+  target->preds = first->next;
+  erase_edge(first);
 }
 
 void move_successors(BB *from, BB *to) {
   to->succs = from->succs;
   from->succs = nullptr;
-  for (EDGE *edge = to->succs; edge; edge = edge->next)
-    for (EDGE *source = edge->bb->preds; source; source = source->next)
-      if (source->bb == from) {
-        source->bb = to;
-        break;
-      }
+  for (const EDGE *edge = to->succs; edge; edge = edge->next)
+    replace_predecessor(edge->bb, from, to);
+}
+
+EdgeKeeper::EdgeKeeper() {
+  edges_are_kept = true;
+}
+
+EdgeKeeper::~EdgeKeeper() {
+  places_by_block.clear();
+  edges_are_kept = false;
 }
 
 } // namespace velkor

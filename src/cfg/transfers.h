@@ -29,7 +29,20 @@ void turn_into_branch(NODE *test, bool to_true_target);
 // these.
 void refresh_successors(BB *block, const NODE *transfer);
 
+// The block is a predecessor of target no more.
+void remove_predecessor(BB *target, const BB *block);
+
 // What was a successor of from is now one of to, which has none of its own.
 void move_successors(BB *from, BB *to);
+
+// While one lives, nobody changes edges but through the routines above. They can then remember
+// where the predecessors of a block stand that has thousands of them.
+class EdgeKeeper {
+public:
+  EdgeKeeper();
+  ~EdgeKeeper();
+  EdgeKeeper(const EdgeKeeper &) = delete;
+  EdgeKeeper &operator=(const EdgeKeeper &) = delete;
+};
 
 } // namespace velkor

@@ -6,8 +6,9 @@
 #include "core/state.h"
 #include "core/zones.h"
 
+#include <algorithm>
 #include <cstring>
-#include <utility>
+#include <vector>
 
 namespace velkor {
 namespace {
@@ -203,11 +204,15 @@ EDGE *edge_remove(BB *bb, EDGE *list) {
 }
 
 EDGE *edge_sort(EDGE *list) {
-  for (EDGE *cell = list; cell; cell = cell->next) {
-    EDGE *least = cell;
-    for (EDGE *other = cell->next; other; other = other->next)
-      if (other->bb->dfn < least->bb->dfn) least = other;
-    std::swap(cell->bb, least->bb);
+  std::vector<BB *> blocks; // an exit block may have as many edges as the function has blocks
+  for (const EDGE *cell = list; cell; cell = cell->next)
+    blocks.push_back(cell->bb);
+  std::stable_sort(blocks.begin(), blocks.end(),
+                   [](const BB *a, const BB *b) { return a->dfn < b->dfn; });
+  EDGE *cell = list;
+  for (BB *block : blocks) {
+    cell->bb = block;
+    cell = cell->next;
   }
   return list;
 }

@@ -91,6 +91,10 @@ inline constexpr std::array<OpcodeProperties, 256> opcode_table = [] {
 [[nodiscard]] constexpr Opcode asgop_base(std::uint8_t op) {
   return opcode_table[op].base;
 }
+// +=, -= and so on; not ++ and --, which take the place's old value.
+[[nodiscard]] constexpr bool is_compound_assignment(std::uint8_t op) {
+  return asgop_base(op) != ILLOP;
+}
 [[nodiscard]] constexpr int op_precedence(std::uint8_t op) {
   return opcode_table[op].precedence;
 }
@@ -99,7 +103,8 @@ inline constexpr std::array<OpcodeProperties, 256> opcode_table = [] {
 }
 
 static_assert(op_swapped(op_negated(LT)) == LE && op_negated(op_negated(UGT)) == UGT);
-static_assert(asgop_base(ASG_SHIFT_RIGHT) == SHIFT_RIGHT && is_commutative(BIT_XOR));
+static_assert(asgop_base(ASG_SHIFT_RIGHT) == SHIFT_RIGHT && !is_compound_assignment(INCREMENT));
+static_assert(is_commutative(BIT_XOR));
 static_assert(opcode_table[LIVEINFO].listed && LIVEINFO + 1 == opcode_limit);
 
 } // namespace velkor

@@ -116,6 +116,7 @@ enum SymbolFlags : std::uint16_t {
   CQ_INTERRUPT = 32,
   CQ_REGISTER = 128,
   CQ_REENTRANT = 2048,
+  CQ_OUTERMOST = 4096, // of the outermost scope of the body that is being read
   CQ_ALIASED = 8192,
   CQ_WRITTEN = 16384,
   CQ_REFERENCED = 32768,

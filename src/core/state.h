@@ -12,6 +12,10 @@ struct FUN;
 
 struct State {
   // The run.
+  std::string input_name; // of the icode file, with its extension
+  int cfg_graphs = 0;     // pictures drawn so far, of each kind
+  int tree_graphs = 0;
+  int loop_graphs = 0;
   std::FILE *debug_file = nullptr;
   std::FILE *info_file = nullptr;
   int debug_on = 0; // the debug level, once the debug file is open

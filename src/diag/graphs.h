@@ -9,10 +9,18 @@
 
 namespace velkor {
 
-// A natural loop and what lies in it.
-struct LoopRecord;
+// A natural loop and what lies in it. The caller makes and owns the records, and sets the link of
+// each block in a list to its innermost loop.
+struct LoopRecord {
+  int number;         // unique in the hierarchy
+  LoopRecord *parent; // none for the root, which stands for the whole function
+  EDGE *blocks;       // its own blocks, and one block of each loop that lies directly in it
+};
 
-// The control-flow graph of the current function: "<input>.cfg<n>".
+// Where a block's link to its innermost loop hangs while loops are drawn.
+inline constexpr int innermost_loop_slot = 0; // of BB::work
+
+// The control-flow graph of the current function: "<input>.cfg<n>". Each block has a statement.
 void dump_cfg_graph();
 // One tree: "<input>.tree<n>". Returns the tree.
 NODE *dump_tree_graph(NODE *tree);

@@ -1,5 +1,6 @@
 #include "diag/infix.h"
 
+#include "core/nodes.h"
 #include "diag/constant_text.h"
 #include "diag/dump.h"
 #include "diag/readable_name.h"
@@ -51,6 +52,7 @@ struct InfixState {
   std::size_t length = 0;
   std::array<char, infix_text_size> text{};
   std::vector<Piece> pending; // the next piece last
+  std::vector<NODE *> copies; // trees made for this text, which the pieces look at
 };
 InfixState infix;
 
@@ -313,8 +315,25 @@ void write_operator(const NODE *node, Opcode op) {
                   right_is_mask(op, node->left) ? Piece::Kind::MASK_TREE : Piece::Kind::TREE)});
 }
 
-// The opposite of a condition. Conditions that have no opposite of their own show under "!"; a
-// simplified copy of them would often read better.
+// Nodes that the simplifier does not take, or that would stand for others in a copy.
+bool is_pass_marker(const NODE *node) {
+  switch (node->op) {
+  case DDNODE:
+  case CSE_DUPE:
+  case CSE_ORIG:
+  case ILLOP: return true;
+  default: return false;
+  }
+}
+
+bool holds_pass_marker(const NODE *tree) {
+  for (; tree && tree->op != LABELDEF; tree = tree->left)
+    if (is_pass_marker(tree) || holds_pass_marker(tree->right)) return true;
+  return false;
+}
+
+// The opposite of a condition. One that has no opposite of its own shows as what a simplified copy
+// makes of it, or under "!" where there can be none.
 void print_negated(const NODE *tree) {
   const NODE *condition = through_markers(tree);
   if (!condition)
@@ -323,8 +342,13 @@ void print_negated(const NODE *tree) {
     write_next({tree_piece(condition->left, 0)});
   else if (op_negated(condition->op) != ILLOP)
     write_operator(condition, op_negated(condition->op));
-  else
+  else if (!negate_for_text || holds_pass_marker(condition))
     write_next({text_piece("!"), tree_piece(condition, unary_precedence)});
+  else {
+    NODE *opposite = negate_for_text(copy_tree(condition));
+    infix.copies.push_back(opposite);
+    write_next({tree_piece(opposite, 0)});
+  }
 }
 
 void write_call(const NODE *node) {
@@ -574,6 +598,8 @@ void write_piece(const Piece &piece) {
 
 } // namespace
 
+ConditionNegation negate_for_text = nullptr;
+
 InfixTextClaim::InfixTextClaim() : granted(!infix.in_use) {
   infix.in_use = true;
 }
@@ -599,6 +625,9 @@ const char *tree2infix(const NODE *tree) {
   const std::string_view end = complete ? ";" : "...;";
   infix.length += end.copy(infix.text.data() + infix.length, end.size());
   infix.text[infix.length] = '\0';
+  for (NODE *copy : infix.copies)
+    erase_tree(copy);
+  infix.copies.clear();
   return infix.text.data();
 }
 

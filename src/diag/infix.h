@@ -14,8 +14,14 @@ inline constexpr std::size_t infix_line_size = infix_text_size + 64; // with a l
 inline constexpr std::size_t label_comment_size = 64;
 
 // The statement as C text that ends in ";". Static text, valid until the next call. A call while a
-// text is being made (the simplifier may print trees of its own) yields a fixed complaint instead.
+// text is being made (negate_for_text may print trees of its own) yields a fixed complaint instead.
 [[nodiscard]] const char *tree2infix(const NODE *tree);
+
+// The opposite of a condition as a tree that reads well; takes the tree. The simplifier makes it,
+// which stands above this library: whoever has both hands the routine in. Without one, a condition
+// without an opposite of its own shows under "!".
+using ConditionNegation = NODE *(*)(NODE *condition);
+extern ConditionNegation negate_for_text;
 
 // Holds the static text while it is being made; granted tells whether it was free.
 struct InfixTextClaim {

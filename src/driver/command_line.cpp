@@ -1,5 +1,6 @@
 #include "driver/command_line.h"
 
+#include "core/file_names.h"
 #include "core/options.h"
 #include "core/output.h"
 
@@ -10,7 +11,6 @@ namespace velkor {
 namespace {
 
 constexpr std::size_t max_argument = 255; // characters that matter
-constexpr std::string_view::size_type none = std::string_view::npos;
 
 bool is_digit(char c) {
   return c >= '0' && c <= '9';
@@ -114,13 +114,6 @@ void take_options(std::string_view letters_text) {
     take_letter(letters);
 }
 
-// Position of the dot that begins the extension, or none.
-std::size_t extension_dot(std::string_view name) {
-  const std::size_t dot = name.rfind('.');
-  if (dot == none) return none;
-  return name.find_first_of("\\/", dot) == none ? dot : none;
-}
-
 } // namespace
 
 bool parse_command_line(int argc, const char *const *argv, FileNames &names) {
@@ -139,17 +132,8 @@ bool parse_command_line(int argc, const char *const *argv, FileNames &names) {
   return false;
 }
 
-std::string set_extension(std::string_view name, std::string_view extension, bool force) {
-  const std::size_t dot = extension_dot(name);
-  if (dot != none && !force) return std::string(name);
-  std::string result(name.substr(0, dot));
-  if (!extension.starts_with('.')) result += '.';
-  return result += extension;
-}
-
 void complete_file_names(FileNames &names) {
-  if (names.output_name.empty())
-    names.output_name = names.input_name.substr(0, extension_dot(names.input_name));
+  if (names.output_name.empty()) names.output_name = strip_extension(names.input_name);
   names.input_name = set_extension(names.input_name, ".if", true);
   names.output_name = set_extension(names.output_name, ".opt", false);
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 namespace velkor {
 
@@ -17,9 +16,5 @@ struct FileNames {
 
 // Completes the names by their extension rules.
 void complete_file_names(FileNames &names);
-
-// The name with its extension replaced (force) or, only where it has none, added.
-[[nodiscard]] std::string set_extension(std::string_view name, std::string_view extension,
-                                        bool force);
 
 } // namespace velkor

@@ -1,12 +1,16 @@
 #include "driver/driver.h"
 
 #include "core/failure.h"
+#include "core/file_names.h"
 #include "core/fun.h"
+#include "core/nodes.h"
 #include "core/options.h"
 #include "core/output.h"
+#include "core/product.h"
 #include "core/state.h"
 #include "core/symbols.h"
 #include "core/zones.h"
+#include "diag/infix.h"
 #include "driver/command_line.h"
 #include "driver/pipeline.h"
 #include "icode/input.h"
@@ -14,6 +18,8 @@
 #include "icode/reader.h"
 #include "icode/record_writer.h"
 #include "simplify/constant_text.h"
+#include "simplify/simplify.h"
+#include "simplify/truth.h"
 
 #include <algorithm>
 #include <array>
@@ -29,9 +35,6 @@ RunRequests run_requests;
 
 namespace {
 
-constexpr const char *product_line = "VELKOR ANSI C Optimizer    ";
-constexpr const char *version_text = "Version 1.22e";
-constexpr const char *maker_line = "The middle end of the VELKOR compiler.";
 constexpr std::size_t longest_name = 255;          // characters of a prompted file name
 constexpr std::size_t longest_command_line = 2000; // of it the listing shows
 
@@ -104,6 +107,7 @@ bool take_command_line(int argc, const char *const *argv) {
   if (unnamed || !options.opt_quiet) print_banner();
   if (unnamed) run.names.input_name = prompt_for_name();
   complete_file_names(run.names);
+  state.input_name = run.names.input_name;
   return open_text_files();
 }
 
@@ -129,6 +133,11 @@ bool open_icode_files() {
   state.skip_function = false;
   write_stamp();
   return true;
+}
+
+// !x, as a test
+NODE *negated_test(NODE *condition) {
+  return simplify_test(simplify_node(make_node(LOGICAL_NOT, condition, nullptr, INT)));
 }
 
 // Settings that follow from others once all are known.
@@ -203,6 +212,7 @@ bool run_to_the_end(int argc, const char *const *argv) {
   if (options.opt_level > 2) options.opt_level = 2;
   clear_symbol_tables();
   init_float_constants();
+  negate_for_text = negated_test;
   prepare_interprocedural_state();
   run_function_pipeline();
   normal_end();
@@ -210,6 +220,7 @@ bool run_to_the_end(int argc, const char *const *argv) {
 }
 
 void reset_everything() {
+  negate_for_text = nullptr;
   release_all_zones();
   clear_functions();
   clear_symbol_tables();

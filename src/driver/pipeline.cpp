@@ -2,12 +2,12 @@
 
 #include "cfg/check_function.h"
 #include "cfg/graph.h"
+#include "cfg/simpcfg.h"
 #include "core/options.h"
 #include "core/state.h"
 #include "icode/function_writer.h"
 #include "lower/lower_function.h"
 #include "scalar/fast_cp.h"
-#include "scalar/lcse.h"
 #include "scalar/strip_assertions.h"
 #include "simplify/bit_fields.h"
 #include "simplify/sequencing.h"
@@ -25,13 +25,14 @@ constexpr std::array passes = {
     Pass{"sequence_statements", "make && || ? and commas explicit statements", 0, Shape::ANY, true,
          sequence_statements},
     Pass{"build_cfg", "build the control-flow graph", 0, Shape::ANY, true, build_cfg},
+    Pass{"simpcfg", "clean the graph", 0, Shape::ANY, false, [] { simpcfg(0); }},
     Pass{"expand_bitfields", "turn bit fields into masks and shifts", 0, Shape::ANY, true,
          expand_bitfields},
     Pass{"fast_CP", "carry constants and copies to their uses", 1, Shape::ANY, false,
          propagate_fast},
-    Pass{"lcse", "compute common subexpressions of a run of blocks once", 1, Shape::ANY, false,
-         lcse},
     Pass{"strip_assertions", "drop statements of fact", 0, Shape::ANY, true, strip_assertions},
+    Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,
+         [] { simpcfg(1); }},
     Pass{"lower_function", "restore the forms that the code generator wants", 0, Shape::ANY, true,
          lower_function},
     Pass{"write_function", "write the function to the output file", 0, Shape::ANY, true,

@@ -6,6 +6,7 @@
 #include "loops/empty_loops.h"
 
 #include "cfg/graph.h"
+#include "cfg/transfers.h"
 #include "core/bit_arithmetic.h"
 #include "core/compare.h"
 #include "core/nodes.h"
@@ -254,7 +255,7 @@ bool remove_empty_loop(BB *h) {
   h->trees = walk.first;
   if (options.debug_level) debug_print("\t\tThe loop [%d] is essentially empty.\n", h->dfn);
   h->succs = edge_remove(h, h->succs);
-  h->preds = edge_remove(h, h->preds);
+  remove_predecessor(h, h);
   leave_loop(walk.end, assignment);
   clear_header(h);
   return true;

@@ -105,7 +105,7 @@ Outcome access_of_array(NODE *&tree) {
   const TypeWord array = pointer->left->type;
   if (!is_array(array) || underived(array) != tree->type) return Outcome::NEXT;
   tree->left = replace_by_left(tree->left);
-  return Outcome::NEXT;
+  return Outcome::REWRITTEN;
 }
 
 // *&y  ->  y, y of the access's type

@@ -45,15 +45,15 @@ Outcome leave_parameter_copy(NODE *&tree) {
 // a = b  ->  a = (type of a) b
 Outcome convert_value(NODE *&tree) {
   const TypeWord type = tree->left->type;
-  if (are_different_integers(type, tree->right->type))
-    tree->right = make_conversion(type, tree->right);
-  return Outcome::NEXT;
+  if (!are_different_integers(type, tree->right->type)) return Outcome::NEXT;
+  tree->right = make_conversion(type, tree->right);
+  return Outcome::REWRITTEN;
 }
 
 // a = (T) b  ->  a = b, a = b & K  ->  a = b: the store converts and masks anyway
 Outcome strip_value(NODE *&tree) {
   const TypeWord type = tree->left->type;
-  for (;;) {
+  for (Outcome outcome = Outcome::NEXT;; outcome = Outcome::REWRITTEN) {
     NODE *value = tree->right;
     const bool is_stores_conversion = value->op == SCONV && value->type == type;
     if (is_stores_conversion || conversion_is_needless(type, value))
@@ -61,7 +61,7 @@ Outcome strip_value(NODE *&tree) {
     else if (masks_whole_target(type, value))
       tree->right = strip_mask(value);
     else
-      return Outcome::NEXT;
+      return outcome;
   }
 }
 
@@ -90,7 +90,7 @@ Outcome store_negation(NODE *&tree) {
   set_type(value, target->type);
   value->right->u.lval = 1;
   tree->right = simplify_node(value);
-  return Outcome::NEXT;
+  return Outcome::REWRITTEN;
 }
 
 // a = y + K  ->  a = y + K', K' being K as far as a holds it, taken as signed
@@ -106,7 +106,7 @@ Outcome wrap_addend(NODE *&tree) {
   if (wrapped == addend->u.lval) return Outcome::NEXT;
   set_icon(addend, wrapped, INT);
   tree->right = simplify_node(value);
-  return Outcome::NEXT;
+  return Outcome::REWRITTEN;
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -129,24 +129,25 @@ bool works_on_low_bits(Opcode op) {
 Outcome convert_operand(NODE *&tree) {
   const TypeWord type = tree->left->type;
   const NODE *operand = tree->right;
-  if (works_on_low_bits(tree->op) && are_different_integers(type, operand->type) &&
-      type_width(type) == 32 && type_width(operand->type) == 32)
-    tree->right = make_conversion(type, tree->right);
-  return Outcome::NEXT;
+  if (!works_on_low_bits(tree->op) || !are_different_integers(type, operand->type) ||
+      type_width(type) != 32 || type_width(operand->type) != 32)
+    return Outcome::NEXT;
+  tree->right = make_conversion(type, tree->right);
+  return Outcome::REWRITTEN;
 }
 
 // x op= (T) y  ->  x op= y, x op= y & K  ->  x op= y, integers only: a float's conversion counts
 Outcome strip_operand(NODE *&tree) {
   if (!works_on_low_bits(tree->op)) return Outcome::NEXT;
   const TypeWord type = tree->left->type;
-  for (;;) {
+  for (Outcome outcome = Outcome::NEXT;; outcome = Outcome::REWRITTEN) {
     NODE *operand = tree->right;
     if (conversion_is_needless(type, operand))
       tree->right = replace_by_left(operand);
     else if (masks_whole_target(type, operand))
       tree->right = strip_mask(operand);
     else
-      return Outcome::NEXT;
+      return outcome;
   }
 }
 

@@ -15,6 +15,10 @@ Expansion expansion;
 
 namespace {
 
+bool stores_number(Opcode op) {
+  return op == ASSIGN || op == INCREMENT || op == DECREMENT || is_compound_assignment(op);
+}
+
 NODE *expand_read(NODE *access, Use use) {
   if (!is_bit_field_access(access)) {
     access->left = expand_tree(access->left, Use::VALUE);
@@ -34,6 +38,10 @@ NODE *expand_tree(NODE *tree, Use use) {
   NODE **place = &root;
   for (;;) { // along the last operand to be expanded, which is the left one almost everywhere
     NODE *node = *place;
+    if (stores_number(node->op)) {
+      *place = expand_store(node, use);
+      return root;
+    }
     switch (node->op) {
     case COMMA_OP:
       node->left = expand_tree(node->left, Use::NOTHING);
@@ -67,19 +75,6 @@ NODE *expand_tree(NODE *tree, Use use) {
     case ULT:
     case UGE:
     case UGT: *place = expand_relation(node); return root;
-    case ASSIGN:
-    case ASG_ADD:
-    case ASG_SUBTRACT:
-    case ASG_MULTIPLY:
-    case ASG_DIVIDE:
-    case ASG_REMAINDER:
-    case ASG_AND:
-    case ASG_OR:
-    case ASG_XOR:
-    case ASG_SHIFT_LEFT:
-    case ASG_SHIFT_RIGHT:
-    case INCREMENT:
-    case DECREMENT: *place = expand_store(node, use); return root;
     case LABELDEF: return root; // its operand is no tree
     default: break;
     }

@@ -14,8 +14,7 @@ namespace {
 
 // x with its test as a test; the rules behind look at what came out.
 Outcome simplify_tested(NODE *&tree) {
-  tree->left = simplify_test(tree->left);
-  return Outcome::NEXT;
+  return rewrite_as_test(tree->left);
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -137,8 +136,8 @@ constexpr Rule cbranch_table[] = {
 // if (constant)  ->  if (truth of constant)
 Outcome decide_constant_test(NODE *&tree) {
   if (tree->left->op != SCON && tree->left->op != FCON) return Outcome::NEXT;
-  tree->left = simplify_node(truth_value(tree->left));
-  return Outcome::NEXT;
+  tree->left = truth_value(tree->left);
+  return Outcome::REWRITTEN;
 }
 
 // if (x == 0) A else B  ->  if (x) B else A
@@ -191,9 +190,10 @@ constexpr Rule switch_table[] = {
 Outcome discard_left(NODE *&tree) {
   // A comma's own left side was discarded when it was simplified: long lists are not walked again.
   if (tree->left->op == COMMA_OP) return Outcome::NEXT;
+  const Occupant before = occupant(tree->left);
   tree->left = discard_value(tree->left);
   if (tree->left && tree->left->op == COMMA_OP) tree->left = simplify_node(tree->left);
-  if (tree->left) return Outcome::NEXT;
+  if (tree->left) return outcome_of_rewriting(tree->left, before);
   const TypeWord type = tree->type;
   NODE *value = tree->right;
   erase_node(tree);
@@ -205,14 +205,15 @@ Outcome discard_left(NODE *&tree) {
 Outcome discard_middle(NODE *&tree) {
   NODE *inner = tree->left;
   if (inner->op != COMMA_OP) return Outcome::NEXT;
+  const Occupant before = occupant(inner->right);
   inner->right = discard_value(inner->right);
   if (!inner->right) {
     tree->left = replace_by_left(inner);
     return Outcome::AGAIN;
   }
-  if (inner->right->op != COMMA_OP) return Outcome::NEXT;
+  if (inner->right->op != COMMA_OP) return outcome_of_rewriting(inner->right, before);
   tree->left = simplify_node(inner); // turns the list at its right
-  return Outcome::NEXT;
+  return Outcome::REWRITTEN;
 }
 
 // Links of a list at the right of a comma that the list to its left is put in front of. Beyond it

@@ -55,20 +55,23 @@ Outcome drop_conversion(NODE *&tree) {
 
 // (enum) x  ->  (int) x
 Outcome enum_to_int(NODE *&tree) {
-  if (tree->type == ENUM) tree->type = INT;
-  return Outcome::NEXT;
+  if (tree->type != ENUM) return Outcome::NEXT;
+  tree->type = INT;
+  return Outcome::REWRITTEN;
 }
 
 // (t) x, t narrower  ->  (t) x', x' agreeing with x in the bits of t
 Outcome demand_target_bits(NODE *&tree) {
   if (!is_integer(tree->type) || !is_integer(tree->left->type)) return Outcome::NEXT;
   if (type_width(tree->type) >= type_width(tree->left->type)) return Outcome::NEXT;
-  const Opcode op = tree->left->op;
+  const NODE *operand = tree->left;
+  const Opcode op = operand->op;
   tree->left = demand_bits(tree->left, type_mask(tree->type));
   // Another operator may ask less of its operands.
   if (tree->left->op != op) tree->left = demand_bits(tree->left, type_mask(tree->type));
   // Effects of what is not looked at come out in front.
-  return tree->left->op == COMMA_OP ? finish(tree, tree) : Outcome::NEXT;
+  if (tree->left->op == COMMA_OP) return finish(tree, tree);
+  return tree->left == operand ? Outcome::NEXT : Outcome::REWRITTEN;
 }
 
 // (t) (u) x  ->  (t) x, no bits of t lost in u
@@ -164,9 +167,11 @@ Outcome shorten_addend(NODE *&tree) {
   if (!is_unsigned_integer(tree->type) || !is_integer(sum->type)) return Outcome::NEXT;
   if (type_width(tree->type) >= type_width(sum->type)) return Outcome::NEXT;
   NODE *addend = sum->right;
-  const std::int32_t value = wrap_to_type(addend->u.lval, signed_type_of_rank(tree->type));
-  addend->u.lval = wrap_value(value, addend->type);
-  if (addend->u.lval != 0) return Outcome::NEXT;
+  const std::int32_t value =
+      wrap_value(wrap_to_type(addend->u.lval, signed_type_of_rank(tree->type)), addend->type);
+  if (value == addend->u.lval) return Outcome::NEXT;
+  addend->u.lval = value;
+  if (value != 0) return Outcome::REWRITTEN;
   tree->left = simplify_node(sum);
   return Outcome::AGAIN;
 }

@@ -52,9 +52,9 @@ Outcome keep_effects_and_constant(NODE *&tree, std::int32_t value) {
 
 // x op y  ->  test of x op test of y
 Outcome simplify_operands(NODE *&tree) {
-  tree->left = simplify_test(tree->left);
-  tree->right = simplify_test(tree->right);
-  return Outcome::NEXT;
+  const Outcome left = rewrite_as_test(tree->left);
+  const Outcome right = rewrite_as_test(tree->right);
+  return left == Outcome::NEXT ? right : left;
 }
 
 // 0 && x  ->  0, 1 || x  ->  1
@@ -257,10 +257,10 @@ bool is_zero(const NODE *node) {
 
 // c ? u : v  ->  test of c ? u : v
 Outcome simplify_condition(NODE *&tree) {
-  tree->left = simplify_test(tree->left);
+  const Outcome outcome = rewrite_as_test(tree->left);
   if (tree->depnum < 0) tree->depnum = true_arm(tree)->depnum;
   // Effects that came loose rise above the whole.
-  return tree->left->op == COMMA_OP ? finish(tree, tree) : Outcome::NEXT;
+  return tree->left->op == COMMA_OP ? finish(tree, tree) : outcome;
 }
 
 // K ? u : v  ->  u or v
@@ -317,7 +317,7 @@ Outcome turn_sign_test(NODE *&tree) {
   if (tree->left->op != GE || !is_zero(tree->left->right)) return Outcome::NEXT;
   tree->left->op = LT;
   swap_arms(tree);
-  return Outcome::NEXT;
+  return Outcome::REWRITTEN;
 }
 
 // x < 0 ? -x : x  ->  ABS(x)

@@ -85,6 +85,22 @@ inline void set_type(NODE *node, TypeWord type) {
   return !node->left;
 }
 
+// What stands in a place, for rules that ask whether a rewriting has put something else there.
+// Changes further down do not show.
+struct Occupant {
+  const NODE *node;
+  Opcode op;
+  bool operator==(const Occupant &) const = default;
+};
+[[nodiscard]] inline Occupant occupant(const NODE *place) {
+  return {place, place ? place->op : ILLOP};
+}
+
+// The outcome of a rule that rewrites a place of the tree and lets the next rules go on.
+[[nodiscard]] inline Outcome outcome_of_rewriting(const NODE *place, const Occupant &before) {
+  return occupant(place) == before ? Outcome::NEXT : Outcome::REWRITTEN;
+}
+
 // A rule's last step: result, simplified, stands in the tree's place.
 inline Outcome finish(NODE *&tree, NODE *result) {
   tree = simplify_node(result);

@@ -27,9 +27,11 @@ bool always_differ(const KnownBits &a, const KnownBits &b) {
   return ((a.certain & ~b.possible) | (b.certain & ~a.possible)) != 0;
 }
 
-Verdict by_sign(const KnownBits &a, std::uint32_t sign) {
-  if (!(a.possible & sign)) return Verdict::FAILS;
-  return a.certain & sign ? Verdict::HOLDS : Verdict::OPEN;
+// x < 0 and x >= 0.
+Verdict by_sign(Opcode op, const KnownBits &x, std::uint32_t sign) {
+  if (!(x.possible & sign)) return op == LT ? Verdict::FAILS : Verdict::HOLDS;
+  if (!(x.certain & sign)) return Verdict::OPEN;
+  return op == LT ? Verdict::HOLDS : Verdict::FAILS;
 }
 
 // x <= y and x < y for unsigned words.
@@ -69,8 +71,8 @@ Verdict verdict_by_bits(NODE *relation) {
     if (relation->op == NE) return Verdict::HOLDS;
     if (relation->op == LE && b.possible == 0) relation->op = LT;
   }
-  if (b.possible == 0 && relation->op == LT) {
-    const Verdict verdict = by_sign(a, sign);
+  if (b.possible == 0 && is_less_or_opposite(relation)) {
+    const Verdict verdict = by_sign(relation->op, a, sign);
     if (verdict != Verdict::OPEN) return verdict;
   }
   if (is_signed_integer(left->type) && (a.possible & sign)) return Verdict::OPEN;
@@ -106,14 +108,13 @@ NODE *shift_variable_bit_down(NODE *tree) {
 
 // The operand rewritten under the mask. It keeps its type: the relation's meaning hangs on it.
 Outcome demand_operand(NODE *&tree, std::uint32_t mask) {
-  NODE *before = tree->left;
-  const Opcode op = before->op;
-  const TypeWord type = before->type;
-  NODE *after = demand_bits(before, mask);
+  const Occupant before = occupant(tree->left);
+  const TypeWord type = tree->left->type;
+  NODE *after = demand_bits(tree->left, mask);
   if (after->type != type) after = simplify_node(convert_tree(type, after));
   tree->left = after;
   if (is_icon(after) || after->op == COMMA_OP) return finish(tree, tree);
-  return after != before || after->op != op ? Outcome::AGAIN : Outcome::NEXT;
+  return occupant(after) == before ? Outcome::NEXT : Outcome::AGAIN;
 }
 
 // Does the relation ask whether its left operand is 0 (value 0) or 1?

@@ -65,6 +65,7 @@ NODE *decide_relation(NODE *relation, bool holds) {
 // (x rel y) != 0  ->  x rel y;  (x rel y) == 0  ->  x negated-rel y;  x != 0  ->  (test of x) != 0
 Outcome test_against_zero(NODE *&tree) {
   if (!is_equality(tree) || !is_icon_of(tree->right, 0)) return Outcome::NEXT;
+  const Occupant before = occupant(tree->left);
   NODE *test = tree->left = simplify_test(tree->left);
   if (is_relation(test)) {
     if (tree->op == EQ) test->op = op_negated(test->op);
@@ -75,7 +76,7 @@ Outcome test_against_zero(NODE *&tree) {
   }
   // Decided, perhaps behind effects: the frame folds and hoists.
   if (is_icon(test) || test->op == COMMA_OP) return finish(tree, tree);
-  return Outcome::NEXT;
+  return outcome_of_rewriting(test, before);
 }
 
 // (T *)K1 rel (T *)K2  ->  K1 rel K2;  (T *)K1 rel 0  ->  K1 rel 0

@@ -75,7 +75,7 @@ bool compares_signed_operation(const NODE *tree, Opcode op) {
 
 // What multiply_out_quotient and shift_back_constant share. scaled yields the bound of x for
 // (x op K2) >= bound, false if no word holds it. > and <= are taken as >= and < of the next
-// constant; < and <= are the opposites of >= and >.
+// constant, and only then: > 0 would come back of >= 1. < and <= are the opposites of >= and >.
 template <typename Scaled> Outcome scale_constant(NODE *&tree, Scaled scaled) {
   const bool is_strict = is_less_equal_or_opposite(tree);
   if (!is_strict && !is_less_or_opposite(tree)) return Outcome::NEXT;

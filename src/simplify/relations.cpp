@@ -1,32 +1,22 @@
 #include "simplify/relations.h"
 
-#include "simplify/fold.h"
 #include "simplify/relation_rules.h"
 #include "simplify/rule_sets.h"
 
 namespace velkor {
 namespace {
 
-// K rel x  ->  x swapped-rel K;  K1 rel K2  ->  0 or 1. The frame has done so on entry, but a round
-// may leave a constant on the left. Two constants that the folder refuses stay as they are.
-Outcome fold_constants(NODE *&tree) {
-  if (!is_icon(tree->left)) return Outcome::NEXT;
-  const bool is_decided = is_icon(tree->right);
-  tree = fold_node(tree);
-  return is_decided ? Outcome::DONE : Outcome::NEXT;
-}
-
 // x < y over unsigned operands or pointers  ->  x ULT y, and its kin. All rules below may then take
 // < as the comparison of signed words.
 Outcome normalize(NODE *&tree) {
+  const Occupant before = occupant(tree);
   normalize_relation(tree);
-  return Outcome::NEXT;
+  return outcome_of_rewriting(tree, before);
 }
 
 // No rule turns an order relation into == or != (or back) without another round, so that a rule
 // that is meant for the relation with which a round began may ask the node.
 constexpr Rule rules[] = {
-    {"K rel x  ->  x rel K", fold_constants},
     {"x < y (unsigned)  ->  x ULT y", normalize},
     {"(x rel y) == 0  ->  x negated-rel y", test_against_zero},
     {"(x * K2) rel 0, K2 odd  ->  x rel 0", drop_odd_factor},

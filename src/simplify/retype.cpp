@@ -13,6 +13,8 @@
 #include "simplify/compound.h"
 #include "simplify/patterns.h"
 
+#include <utility>
+
 namespace velkor {
 namespace {
 
@@ -243,10 +245,8 @@ TypeWord comparison_type(const NODE *relation) {
 }
 
 NODE *retype_comparison(NODE *tree) {
-  if (!is_unsigned_relation(tree->op)) {
-    tree = retype_relation(tree);
-    if (tree->op < EQ || tree->op > UGT) return tree->op == ICON ? tree : retype_tree(tree);
-  }
+  tree = retype_relation(tree);
+  if (tree->op < EQ || tree->op > UGT) return tree->op == ICON ? tree : retype_tree(tree);
   retype_operands(tree);
   const TypeWord type = comparison_type(tree);
   tree->left = convert_tree(type, tree->left);
@@ -279,16 +279,31 @@ bool is_target(const NODE *target, const NODE *operand) {
   return operand->type == target->type || (is_pointer(operand->type) && is_pointer(target->type));
 }
 
+// z op a'  ->  a' op z
+void move_target_left(const NODE *target, NODE *value) {
+  if (op_swapped(value->op) == ILLOP || value->right->op != NAME) return;
+  if (!is_same_object(target, value->right)) return;
+  std::swap(value->left, value->right);
+  value->op = op_swapped(value->op);
+}
+
+// a = a' op z, a = z op a'  ->  a op= z, where a is a NAME. The compound assignment evaluates z
+// first and reads a afterwards: z may not change a.
+NODE *update_in_place(NODE *assignment) {
+  NODE *value = assignment->right;
+  if (assignment->left->op != NAME || !value->left || !value->right) return assignment;
+  if (op_effect(value->op) != PURE || has_side_effects(value->left) ||
+      has_side_effects(value->right))
+    return assignment;
+  move_target_left(assignment->left, value);
+  return to_compound_assignment(assignment, is_target);
+}
+
 // What late knowledge of registers makes of an assignment to a NAME.
 NODE *retype_assign(NODE *assignment) {
-  if (assignment->left->op != NAME) return assignment;
-  if (stores_into_itself(assignment)) return eliminate_assignment(assignment);
-  NODE *value = assignment->right;
-  if (!value->left || !value->right || op_effect(value->op) != PURE) return assignment;
-  // a = a' op z  ->  a op= z. The compound assignment evaluates z first and reads a afterwards: z
-  // may not change a.
-  if (has_side_effects(value->left) || has_side_effects(value->right)) return assignment;
-  return to_compound_assignment(assignment, is_target);
+  if (assignment->left->op == NAME && stores_into_itself(assignment))
+    return eliminate_assignment(assignment);
+  return update_in_place(assignment);
 }
 
 bool is_enum_name(const NODE *node) {
@@ -310,18 +325,8 @@ TypeWord stored_type(const NODE *assignment) {
   return is_scalar(place) && !is_pointer(place) ? place : assignment->type;
 }
 
-NODE *retype_assignment(NODE *tree) {
-  tree = retype_assign(tree);
-  if (tree->op != ASSIGN) return retype_tree(tree);
-  tree->left = retype_place(tree->left);
-  tree->right = retype_tree(tree->right);
-  tree->right = convert_tree(stored_type(tree), tree->right);
-  drop_enum_conversion(tree);
-  return tree;
-}
-
-// x op= y, x++, x--
-NODE *retype_compound_assignment(NODE *tree) {
+// x op= y but for shifts, x++, x--
+NODE *retype_update(NODE *tree) {
   tree->right = retype_tree(tree->right);
   tree->left = retype_place(tree->left);
   if (!is_pointer(tree->type))
@@ -336,6 +341,25 @@ NODE *retype_shift_assignment(NODE *tree) {
   tree->right = retype_tree(tree->right);
   promote_operand(tree->right);
   return tree;
+}
+
+NODE *retype_compound_assignment(NODE *tree) {
+  const Opcode base = asgop_base(tree->op);
+  const bool is_shift = base == SHIFT_LEFT || base == SHIFT_RIGHT;
+  return is_shift ? retype_shift_assignment(tree) : retype_update(tree);
+}
+
+NODE *retype_assignment(NODE *tree) {
+  tree = retype_assign(tree);
+  if (tree->op != ASSIGN) return retype_tree(tree);
+  tree->left = retype_place(tree->left);
+  tree->right = retype_tree(tree->right);
+  tree->right = convert_tree(stored_type(tree), tree->right);
+  drop_enum_conversion(tree);
+  if (!is_integer(tree->type)) return tree; // a pointer's operand has been scaled
+  // A conversion that hid the target on the right side may be gone by now.
+  tree = update_in_place(tree);
+  return tree->op == ASSIGN ? tree : retype_compound_assignment(tree);
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -373,6 +397,7 @@ bool is_same_object(const NODE *a, const NODE *b) {
 }
 
 NODE *retype_tree(NODE *tree) {
+  if (is_compound_assignment(tree->op)) return retype_compound_assignment(tree);
   switch (tree->op) {
   case NAME: return retype_name(tree);
   case ADD:
@@ -384,16 +409,8 @@ NODE *retype_tree(NODE *tree) {
   case BIT_OR:
   case BIT_XOR: return retype_arithmetic(tree);
   case ALTERNATIVES: return retype_alternatives(tree);
-  case ASG_ADD:
-  case ASG_SUBTRACT:
-  case ASG_MULTIPLY:
-  case ASG_AND:
-  case ASG_OR:
-  case ASG_XOR:
-  case ASG_DIVIDE:
-  case ASG_REMAINDER:
   case INCREMENT:
-  case DECREMENT: return retype_compound_assignment(tree);
+  case DECREMENT: return retype_update(tree);
   case NEGATE:
   case COMPLEMENT:
   case ABS:
@@ -403,8 +420,6 @@ NODE *retype_tree(NODE *tree) {
   case PVCONV: return retype_scaling(tree);
   case SHIFT_LEFT:
   case SHIFT_RIGHT: return retype_shift(tree);
-  case ASG_SHIFT_LEFT:
-  case ASG_SHIFT_RIGHT: return retype_shift_assignment(tree);
   case MEMBER:
   case ARROW: return retype_member(tree);
   case DEREF: return retype_access(tree);

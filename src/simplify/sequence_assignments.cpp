@@ -200,6 +200,9 @@ NODE *return_each_arm(NODE *node, LIST *cell) {
 bool keep_target_in_one_arm(NODE *node) {
   NODE *choice = node->right;
   NODE *arms = choice->right;
+  // The ? may cut what it takes from an arm: then it is not the target's value that is stored.
+  if (is_integer(choice->type) && value_width(choice->type) < value_width(node->left->type))
+    return false;
   const bool first = trees_equal(node->left, arms->left, false);
   if (!first && !trees_equal(node->left, arms->right, false)) return false;
   NODE *&kept = first ? arms->left : arms->right;
@@ -274,7 +277,7 @@ NODE *split_increment(NODE *node, LIST *cell) {
 } // namespace
 
 bool is_sequenced_assignment(Opcode op) {
-  return op == ASSIGN || op == STASG || asgop_base(op) != ILLOP;
+  return op == ASSIGN || op == STASG || is_compound_assignment(op);
 }
 
 // The right side is done first, so what it emits executes before what the target's address needs.

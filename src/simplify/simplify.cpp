@@ -164,6 +164,7 @@ NODE *simplify_access(NODE *node) {
 
 // The rule set of the node's opcode.
 NODE *dispatch(NODE *node) {
+  if (is_compound_assignment(node->op)) return simplify_asgop(node);
   switch (node->op) {
   case NAME: return refresh_qual(node);
   case ADD: return simplify_add(node);
@@ -202,16 +203,6 @@ NODE *dispatch(NODE *node) {
   case COMMA_OP: return simplify_comma(node);
   case BRANCH: return retype_branch(node);
   case ASSIGN: return simplify_assign(node);
-  case ASG_ADD:
-  case ASG_SUBTRACT:
-  case ASG_MULTIPLY:
-  case ASG_AND:
-  case ASG_OR:
-  case ASG_XOR:
-  case ASG_DIVIDE:
-  case ASG_REMAINDER:
-  case ASG_SHIFT_LEFT:
-  case ASG_SHIFT_RIGHT: return simplify_asgop(node);
   case CALL:
   case UCALL:
   case STCALL:

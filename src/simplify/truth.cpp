@@ -68,7 +68,7 @@ Outcome mask_remainder(NODE *&tree) {
   tree->op = BIT_AND;
   tree->right->u.lval -= 1;
   tree = simplify_node(tree);
-  return Outcome::DONE;
+  return Outcome::AGAIN; // x may have bits that are always set, or be shifted
 }
 
 // (x >> y) & 1  ->  x & (1 << y)
@@ -76,9 +76,10 @@ Outcome test_shifted_bit(NODE *&tree) {
   NODE *shift = tree->left;
   if (tree->op != BIT_AND || !is_icon_of(tree->right, 1) || shift->op != SHIFT_RIGHT)
     return Outcome::NEXT;
-  // A narrower type would lose the bit at its own place.
-  if (!is_word_integer(tree->type) || !is_integer(shift->left->type)) return Outcome::NEXT;
+  if (!is_integer(tree->type) || !is_integer(shift->left->type)) return Outcome::NEXT;
   NODE *one = tree->right;
+  // A narrow type would lose the bit at its own place.
+  set_type(tree, promote_type(tree->type));
   tree->left = shift->left;
   set_type(one, tree->type);
   set_type(shift, tree->type);
@@ -122,8 +123,40 @@ Outcome toggle_tested_bit(NODE *&tree) {
   return Outcome::AGAIN;
 }
 
-// x == 0 of a test x. Of && || and ? the relation's own rules may make the opposite; what they make
-// of others is a value, x ^ 1 in the end, which would lead back here.
+// x == 0 of a test x. Of && || and ? the relation's own rules may make the opposite.
+Outcome test_opposite_for_zero(NODE *&tree) {
+  tree = simplify_node(tree);
+  if (tree->op != BIT_XOR || !is_icon_of(tree->right, 1)) return Outcome::AGAIN;
+  erase_node(tree->right);
+  tree = make_node(EQ, replace_by_left(tree), make_icon(0, INT), INT);
+  return Outcome::DONE;
+}
+
+// A place that is not entered again while it is being left. Also when a run ends from within.
+struct Place {
+  bool entered = false;
+};
+struct Visit {
+  explicit Visit(Place &place) : place_(place) { place_.entered = true; }
+  ~Visit() { place_.entered = false; }
+  Visit(const Visit &) = delete;
+  Visit &operator=(const Visit &) = delete;
+
+private:
+  Place &place_;
+};
+
+Place around_value;
+
+// x == 0 of a test x that is a value. The relation's rules make x ^ 1 of it in the end, which leads
+// back here: once around, and x has the form in which the next simplification leaves it.
+Outcome test_value_for_zero(NODE *&tree) {
+  if (around_value.entered) return Outcome::DONE;
+  const Visit visit(around_value);
+  tree = simplify_test(simplify_node(tree));
+  return Outcome::DONE;
+}
+
 Outcome test_for_zero(NODE *&tree, NODE *test) {
   if (op_negated(test->op) != ILLOP) {
     tree = negate_condition(test);
@@ -132,12 +165,7 @@ Outcome test_for_zero(NODE *&tree, NODE *test) {
   const bool has_opposite =
       test->op == LOGICAL_AND || test->op == LOGICAL_OR || test->op == CONDITIONAL;
   tree = make_node(EQ, test, make_icon(0, INT), INT);
-  if (!has_opposite) return Outcome::AGAIN;
-  tree = simplify_node(tree);
-  if (tree->op != BIT_XOR || !is_icon_of(tree->right, 1)) return Outcome::AGAIN;
-  erase_node(tree->right);
-  tree = make_node(EQ, replace_by_left(tree), make_icon(0, INT), INT);
-  return Outcome::DONE;
+  return has_opposite ? test_opposite_for_zero(tree) : test_value_for_zero(tree);
 }
 
 // x ^ P  ->  x == 0, x being 0 or the single bit P
@@ -315,6 +343,12 @@ NODE *simplify_test(NODE *tree) {
   return apply_rules(test_rules, tree);
 }
 
+Outcome rewrite_as_test(NODE *&operand) {
+  const Occupant before = occupant(operand);
+  operand = simplify_test(operand);
+  return outcome_of_rewriting(operand, before);
+}
+
 NODE *truth_value(NODE *tree) {
   if (tree->op == PCONV && is_icon(tree->left)) tree = replace_by_left(tree);
   if (is_icon(tree)) {
@@ -324,7 +358,7 @@ NODE *truth_value(NODE *tree) {
   }
   if (is_boolean_tree(tree)) return tree;
   NODE *zero = convert_tree(tree->type, make_icon(0, INT));
-  return simplify_relation(make_node(NE, tree, zero, INT));
+  return simplify_node(make_node(NE, tree, zero, INT)); // effects in front of it rise above it
 }
 
 int operand_cost(const NODE *tree, bool strict) {

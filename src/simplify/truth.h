@@ -11,6 +11,9 @@ extern const RuleSet test_rules;
 // A tree that is zero exactly when the given one is; takes the tree.
 [[nodiscard]] NODE *simplify_test(NODE *tree);
 
+// The same for an operand in its place, as the outcome of a rule.
+[[nodiscard]] Outcome rewrite_as_test(NODE *&operand);
+
 // A tree of value 0 or 1, non-zero when the given one is; takes the tree.
 [[nodiscard]] NODE *truth_value(NODE *tree);
 

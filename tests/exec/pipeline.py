@@ -7,6 +7,7 @@ Used by tests/exec/run.py, tests/fuzz/fuzz.py and scripts/reduce.
 
 import base64
 import dataclasses
+import functools
 import hashlib
 import json
 import os
@@ -148,9 +149,10 @@ class StepFailure(Exception):
     """A step that did not do its work: a tool failed, or ran out of time."""
 
 
-def run_step(command, seconds, cwd=None):
+def run_step(command, seconds, cwd=None, environment=None):
     """Runs a command. Result: (status as a shell tells it, standard output, standard error).
 
+    environment  the variables of the command, None: those of this process
     A command that exceeds `seconds` raises StepFailure.
     """
     try:
@@ -160,6 +162,7 @@ def run_step(command, seconds, cwd=None):
             stdout=subprocess.PIPE,
             stderr=subprocess.PIPE,
             cwd=cwd,
+            env=environment,
             timeout=seconds,
             check=False,
         )
@@ -171,9 +174,9 @@ def run_step(command, seconds, cwd=None):
     return status, done.stdout, done.stderr
 
 
-def must_succeed(command, seconds, cwd=None):
+def must_succeed(command, seconds, cwd=None, environment=None):
     """Runs a command that has to end with status 0; raises StepFailure with its complaint."""
-    status, output, complaint = run_step(command, seconds, cwd)
+    status, output, complaint = run_step(command, seconds, cwd, environment)
     if status != 0:
         lines = (complaint or output).decode("latin-1").strip().splitlines()
         reason = next((line for line in lines if "error" in line.lower()), lines[0] if lines else "")
@@ -232,6 +235,35 @@ def sanitized_complaint(source, folder, flags, includes=(), seconds=RUN_SECONDS)
     return ""
 
 
+# ---- Another address space --------------------------------------------------------------------
+
+# Variables that fill a second run's stack from below, and make its heap grow in other steps out of
+# memory that is not zero: nothing in the output may depend on where things lie, or on what lay there.
+OTHER_ENVIRONMENT = {
+    "VELKOR_PADDING": "x" * 60_000,
+    "MALLOC_PERTURB_": "165",
+    "MALLOC_TOP_PAD_": "1000003",
+    "MALLOC_MMAP_THRESHOLD_": "4096",
+    "MALLOC_ARENA_MAX": "1",
+}
+
+
+@functools.lru_cache(maxsize=None)
+def other_layout_command():
+    """Words in front of a command that give it an address space laid out from the other end.
+
+    Without random addresses and with libraries at the bottom, so that it differs from every other
+    run. Empty where the system does not allow that (containers may not): the environment is left.
+    """
+    words = ("setarch", os.uname().machine, "--addr-no-randomize", "--addr-compat-layout")
+    try:
+        done = subprocess.run([*words, "true"], stdin=subprocess.DEVNULL, capture_output=True,
+                              check=False)
+    except OSError:
+        return ()
+    return words if done.returncode == 0 else ()
+
+
 # ---- The tools --------------------------------------------------------------------------------
 
 
@@ -254,9 +286,10 @@ class Tools:
         if not pathlib.Path(target).is_file():
             raise StepFailure("velkor-cc: status 0, but no output file")
 
-    def optimize(self, icode, folder, mode):
+    def optimize(self, icode, folder, mode, other_layout=False):
         """Optimizes a copy of `icode` in the new folder `folder`; result: path of the output.
 
+        With other_layout the program runs in an address space of another shape.
         The names there are always p.if and p.opt: the command line is written into the file, so
         two runs can only be compared byte for byte if theirs are the same.
         """
@@ -264,7 +297,11 @@ class Tools:
         folder.mkdir()
         shutil.copyfile(icode, folder / "p.if")
         command = [self.path("velkor-opt"), "-q", *mode.flags, "p.if", "p.opt"]
-        must_succeed(command, OPTIMIZE_SECONDS, cwd=folder)
+        environment = None
+        if other_layout:
+            command = [*other_layout_command(), *command]
+            environment = {**os.environ, **OTHER_ENVIRONMENT}
+        must_succeed(command, OPTIMIZE_SECONDS, cwd=folder, environment=environment)
         if not (folder / "p.opt").is_file():
             raise StepFailure("velkor-opt: status 0, but no output file")
         keeps_input = any("#" in flag for flag in mode.flags)
@@ -272,6 +309,10 @@ class Tools:
             told = "kept" if keeps_input else "consumed"
             raise StepFailure(f"velkor-opt: the input file should have been {told}")
         return folder / "p.opt"
+
+    def check_finished(self, icode):
+        """Raises StepFailure unless an optimized file is fit for a code generator."""
+        must_succeed([self.path("velkor"), "check", icode], COMPILE_SECONDS)
 
     def run(self, icode, limit=STEP_LIMIT, seconds=RUN_SECONDS):
         """Runs an icode file; result: Outcome. Errors of the judge itself raise StepFailure."""
@@ -328,7 +369,8 @@ def compare(source, expected, tools, modes, folder, includes=(), first_only=Fals
     folder      an empty scratch folder, owned by the caller
     first_only  stop at the first disagreement
     text_form   check also that each file survives the text form
-    repeat      check also that a second optimizer run gives identical bytes
+    repeat      check also that a second optimizer run, in another address space, gives the same
+                bytes
     Result: list of Failure, empty if all agree.
     """
     folder = pathlib.Path(folder)
@@ -361,12 +403,14 @@ def compare(source, expected, tools, modes, folder, includes=(), first_only=Fals
         try:
             result = tools.optimize(icode, folder / f"m{number}", mode)
             if repeat:
-                again = tools.optimize(icode, folder / f"m{number}again", mode)
+                again = tools.optimize(icode, folder / f"m{number}again", mode, other_layout=True)
                 if again.read_bytes() != result.read_bytes():
                     failures.append(Failure(mode.name, "a second run gives other bytes"))
             digest = hashlib.sha256(result.read_bytes()).digest()
             if digest not in seen:
                 seen.add(digest)
+                if tools.has("velkor"):
+                    tools.check_finished(result)
                 check(mode.name, result)
         except StepFailure as failure:
             failures.append(Failure(mode.name, str(failure)))

@@ -11,6 +11,7 @@
 
 #include "driver/driver.h"
 #include "driver/pipeline.h"
+#include "file/validate.h"
 #include "velkor/opt_command.h"
 #include "velkor/process.h"
 
@@ -167,6 +168,23 @@ int run_text_tool(const char *program, const TextRequests &requests) {
   return run_process(arguments);
 }
 
+// Says what is wrong with finished files; 1 when anything is.
+int check_files(const std::vector<std::string> &paths) {
+  int status = 0;
+  for (const std::string &path : paths) {
+    velkor::file::IcodeFile file;
+    std::vector<std::string> faults;
+    if (std::string error = velkor::file::read_file(path, file); !error.empty())
+      faults.push_back(error);
+    else
+      faults = velkor::file::validate(file);
+    for (const std::string &fault : faults)
+      std::printf("%s: error: %s\n", path.c_str(), fault.c_str());
+    if (!faults.empty()) status = 1;
+  }
+  return status;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -187,6 +205,10 @@ int main(int argc, char **argv) {
   add_run_command(app, run_requests);
   add_text_command(app, "dis", "print an icode file as text", dis_requests);
   add_text_command(app, "as", "make an icode file from text", as_requests);
+  std::vector<std::string> finished_files;
+  app.add_subcommand("check", "check that optimized files (.opt) are fit for a code generator")
+      ->add_option("FILES", finished_files)
+      ->required();
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError &error) {
@@ -196,6 +218,7 @@ int main(int argc, char **argv) {
   const std::string name = command->get_name();
   if (name == "cc") return compile(compile_requests);
   if (name == "run") return run(run_requests);
+  if (name == "check") return check_files(finished_files);
   if (name == "dis") return run_text_tool("velkor-dis", dis_requests);
   if (name == "as") return run_text_tool("velkor-as", as_requests);
   return run_opt(opt_requests);

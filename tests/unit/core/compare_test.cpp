@@ -60,8 +60,14 @@ TEST_F(CompareTest, AConstHomeStandsForItsParameter) {
   NODE *converted = node(SCONV, name(parameter));
   EXPECT_FALSE(trees_equal(name(home), converted, false));
   home->squal = 1;
+  EXPECT_FALSE(trees_equal(name(home), converted, false)) << "a constant of an inner scope";
+  home->scqual = CQ_OUTERMOST;
   EXPECT_TRUE(trees_equal(name(home), converted, false));
   EXPECT_TRUE(trees_equal(converted, name(home), false));
+  SYM *same_type = symbol("_p", INT, 1, C_REGPARM);
+  EXPECT_TRUE(trees_equal(name(home), name(same_type), false));
+  home->scqual = 0;
+  EXPECT_FALSE(trees_equal(name(home), name(same_type), false));
 }
 
 TEST_F(CompareTest, ConditionsMeetTheirContrary) {

@@ -251,6 +251,30 @@ TEST_F(InfixTest, Statements) {
   });
 }
 
+// The driver hands in the simplifier; here, an opposite that shows what becomes of the copy.
+TEST_F(InfixTest, OppositesAreMadeOfACopy) {
+  struct Opposite {
+    Opposite() {
+      negate_for_text = [](NODE *condition) {
+        condition->left->op = COMPLEMENT;
+        return make_node(EQ, condition, make_icon(0, INT), INT);
+      };
+    }
+    ~Opposite() { negate_for_text = nullptr; }
+  };
+  const Opposite opposite;
+  NODE *target = make_labelref(7);
+  NODE *branch = node(CBRANCH, node(BIT_AND, node(NEGATE, a()), b()), target);
+  NODE *repeated = node(CSE_DUPE, a(), node(ADD, a(), b()));
+  check({
+      {branch, "if ( (~a&b) == 0 ) goto g7"},
+      {branch, "if ( (~a&b) == 0 ) goto g7"}, // the tree itself has not changed
+      {node(CBRANCH, node(LT, a(), b()), target), "if ( a >= b ) goto g7"},
+      {node(CBRANCH, node(BIT_AND, node(DDNODE, a()), b()), target), "if ( !(a&b) ) goto g7"},
+      {node(CBRANCH, node(BIT_AND, b(), repeated), target), "if ( !(b&a) ) goto g7"},
+  });
+}
+
 TEST_F(InfixTest, StringsAreCut) {
   using namespace std::string_view_literals;
   check({

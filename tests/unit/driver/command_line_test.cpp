@@ -1,4 +1,6 @@
 #include "driver/command_line.h"
+
+#include "core/file_names.h"
 #include "run_fixture.h"
 
 #include <vector>

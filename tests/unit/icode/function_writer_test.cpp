@@ -155,6 +155,19 @@ TEST_F(FunctionWriterTest, TheLoopBehindACallThatNeverReturnsGoes) {
                        "  comment \"***\\t; the preceding call never returns\"\n");
 }
 
+TEST_F(FunctionWriterTest, TheAllocatorsCommentsStandAheadOfTheCode) {
+  BB *entry = block();
+  add(entry, leave());
+  LIST *first = list_cons(make_asm(RECORD_COMMENT, "; R1"), nullptr, 1, 0);
+  state.alloc_comments = list_cons(make_asm(RECORD_COMMENT, "; R2"), first, 2, 0);
+  EXPECT_EQ(written(), "  comment \";\"\n"
+                       "  comment \"; R1\"\n"
+                       "  comment \"; R2\"\n"
+                       "  comment \";\"\n"
+                       "  1: ureturn(_f)\n");
+  EXPECT_EQ(state.alloc_comments, nullptr) << "the next function has its own";
+}
+
 TEST_F(FunctionWriterTest, NothingIsWrittenWhileAFunctionIsSkipped) {
   const unsigned char *before = output.cursor;
   state.skip_function = true;

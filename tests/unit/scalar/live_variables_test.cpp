@@ -1,9 +1,8 @@
 // Live variables: what each block needs, against a search along paths.
+#include "storage/random_function.h"
 #include "storage/storage_rows.h"
 
-#include <random>
 #include <set>
-#include <vector>
 
 namespace velkor {
 namespace {
@@ -143,40 +142,6 @@ TEST_F(LiveVariablesTest, WithoutCandidatesNothingIsSaid) {
 // ------------------------------------------------------------------------------------------------
 // Random functions
 
-const std::vector<std::string> variables = {"_x", "_y", "_z", "_i", "_n"};
-
-class RandomFunction {
-public:
-  explicit RandomFunction(unsigned seed) : random_(seed) {
-    const int blocks = 2 + below(8);
-    for (int i = 1; i <= blocks; ++i) {
-      lines.push_back("L" + std::to_string(i) + ":");
-      for (int count = below(4); count > 0; --count)
-        lines.push_back(statement());
-      if (below(3) == 0)
-        lines.push_back("return(_self," + variable() + ")");
-      else
-        lines.push_back("if " + variable() + " L" + std::to_string(1 + below(blocks)) + " L" +
-                        std::to_string(1 + below(blocks)));
-    }
-  }
-  Lines lines;
-
-private:
-  int below(int limit) { return static_cast<int>(random_() % static_cast<unsigned>(limit)); }
-  const std::string &variable() { return variables[static_cast<std::size_t>(below(5))]; }
-  std::string statement() {
-    switch (below(4)) {
-    case 0: return "assign(" + variable() + ",1)";
-    case 1: return "assign(" + variable() + ",add(" + variable() + "," + variable() + "))";
-    case 2: return "asg_add(" + variable() + "," + variable() + ")";
-    default: return "assign(_g1," + variable() + ")";
-    }
-  }
-
-  std::minstd_rand random_;
-};
-
 // By the definition: does a path lead from the block's start to a read of sym, without an
 // assignment before it?
 bool reads(const NODE *tree, const SYM *sym) {
@@ -186,12 +151,17 @@ bool reads(const NODE *tree, const SYM *sym) {
   return reads(tree->right, sym) || (!assigns_name && reads(tree->left, sym));
 }
 
+bool assigns(const NODE *tree, const SYM *sym) {
+  if (!tree) return false;
+  if (tree->op == ASSIGN && tree->left->op == NAME && tree->left->u.sym == sym) return true;
+  return assigns(tree->left, sym) || assigns(tree->right, sym);
+}
+
 bool is_live_at(const BB *block, const SYM *sym, std::set<const BB *> &seen) {
   if (!seen.insert(block).second) return false;
   for (const LIST *cell = block->trees; cell; cell = cell->next) {
-    const NODE *item = cell->item;
-    if (reads(item->op == IF ? item->left : item, sym)) return true;
-    if (item->op == ASSIGN && item->left->op == NAME && item->left->u.sym == sym) return false;
+    if (reads(cell->item, sym)) return true;
+    if (assigns(cell->item, sym)) return false;
   }
   for (const EDGE *edge = block->succs; edge; edge = edge->next)
     if (is_live_at(edge->bb, sym, seen)) return true;
@@ -201,11 +171,10 @@ bool is_live_at(const BB *block, const SYM *sym, std::set<const BB *> &seen) {
 TEST_F(LiveVariablesTest, AgreesWithASearchAlongPaths) {
   for (unsigned seed = 1; seed <= 200; ++seed) {
     use_locals({"_x", "_y", "_z", "_i", "_n"});
-    const RandomFunction function(seed);
-    live(function.lines, false);
+    live(RandomFunction(seed).lines, false);
     for (BB *each = state.first_bb; each; each = each->next)
-      for (const std::string &variable : variables) {
-        SYM *local = sym(variable.c_str());
+      for (const char *variable : random_variables) {
+        SYM *local = sym(variable);
         std::set<const BB *> seen;
         EXPECT_EQ(set_has(live_in(each), local->count), is_live_at(each, local, seen))
             << "seed " << seed << ", block " << each->dfn << ", " << variable;

@@ -54,6 +54,12 @@ TEST_F(AssignmentsTest, NegatedBitIsStoredWithoutComparison) {
                                     "bit_xor(arrow(_sp, _b1), 1:unsigned))")));
 }
 
+// Otherwise the bits that the store demands have made the constant small already.
+TEST_F(AssignmentsTest, StepsOfUnsignedTargetsAreSigned) {
+  NODE *result = simplify_node(tree("assign(_us, add:ushort(_us, 65535:ushort))"));
+  EXPECT_EQ(text(result), text(tree("assign(_us, add:ushort(_us, -1))")));
+}
+
 TEST_F(AssignmentsTest, CompoundForms) {
   expect_rows({
       {"assign(_i, add(_i, 1))", nullptr},

@@ -18,6 +18,11 @@ TEST_F(LogicalTest, ConstantOperands) {
       {"logical_or(_x, 0)", "ne(_x, 0)"},
       {"logical_or(ucall(address(_fn)), 5)", "comma_op(ucall(address(_fn)), 1)"},
       {"logical_and(lt(_x, _y), 1)", "lt(_x, _y)"},
+      // what is done before the pointer is known rises above its comparison
+      {"logical_and(7, sconv:char*(assign(_x, _y)))",
+       "ne(sconv:char*(assign(_x, _y)), pconv:char*(0))"},
+      {"logical_and(7, sconv:char*(assign(_x, 3)))",
+       "comma_op(assign(_x, 3), ne(sconv:char*(3), pconv:char*(0)))"},
       // the result is an int, though the operand is an unsigned 0 or 1
       {"logical_and(1, bit_and(_u, 1:unsigned))", "bit_and:int(_u, 1)"},
   });

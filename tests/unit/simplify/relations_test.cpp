@@ -89,6 +89,10 @@ TEST_F(RelationsTest, ConstantsAtZeroAndOne) {
 
 TEST_F(RelationsTest, BitsThatMatter) {
   expect_rows({{"lt(bit_or(_x, 3), 0)", "lt(_x, 0)"},
+               {"lt(asg_or(_gc, -128:char), 0)", "comma_op(asg_or(_gc, -128:char), 1)"},
+               {"ge(asg_or(_gc, -128:char), 0)", "comma_op(asg_or(_gc, -128:char), 0)"},
+               // Only the demanded sign makes a constant of the sum.
+               {"ge(bit_or(_x, add(-2147483648, sconv:int(_uc))), 0)", "0"},
                {"lt(bit_or(_x, 3), 8)", "lt(_x, 8)"},
                {"ge(bit_or(_x, 5), 8)", "ge(_x, 8)"},
                {"eq(bit_and(_x, 1), 2)", "0"},
@@ -130,6 +134,15 @@ TEST_F(RelationsTest, AddendsMoveIntoTheConstant) {
                {"le(_x, add(_y, -1))", "lt(_x, _y)"},
                {"gt(_x, add(_y, -1))", "ge(_x, _y)"},
                {"le(_x, add(sconv:int(_u), -1))", nullptr}});
+}
+
+// A caller may put a difference together that the rules for - would have made a sum of.
+TEST_F(RelationsTest, DifferenceFromItsOwnNegative) {
+  const auto simplified = [&](const char *relation) { return text(simplify_node(tree(relation))); };
+  EXPECT_EQ(simplified("eq(subtract(_u, 5:unsigned), -5:unsigned)"),
+            text(tree("eq(_u, 0:unsigned)")));
+  EXPECT_EQ(simplified("eq(subtract(_u, 5:unsigned), 5:unsigned)"),
+            text(tree("eq(subtract(_u, 5:unsigned), 5:unsigned)")));
 }
 
 TEST_F(RelationsTest, LikeTermsCancel) {

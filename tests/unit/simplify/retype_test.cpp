@@ -118,6 +118,11 @@ TEST_F(RetypeTest, Statements) {
       {"assign(_x, add:int(_x, _y))", "asg_add(_x, _y)"},
       {"assign(_x, add:int(_y, _x))", "asg_add(_x, _y)"},
       {"assign(_x, subtract:int(_y, _x))", nullptr},
+      {"assign(_x, lt(_y, _x))", "assign(_x, gt(_x, _y))"},
+      // seen when the conversion has gone
+      {"assign(_v, add:unsigned(sconv:int(_v), _u))", "asg_add(_v, _u)"},
+      {"assign(_v, shift_right:unsigned(sconv:int(_v), 1))",
+       "assign(_v, sconv:unsigned(shift_right(sconv:int(_v), 1)))"},
       {"assign(_x, shift_right:int(_x, 3))", "asg_shift_right(_x, 3)"},
       {"assign(_c, add:int(_c, _y))", "asg_add(_c, _y)"},
       {"assign(_p, add:int*(_p, 4))", "asg_add(_p, 4)"},
@@ -143,6 +148,8 @@ TEST_F(RetypeTest, NamesInOneRegister) {
 
     NODE *less = retype_tree(node(LT, name(pair.a), name(pair.b)));
     EXPECT_EQ(text(less), "0");
+    NODE *at_least = retype_tree(node(UGE, name(pair.a), name(pair.b)));
+    EXPECT_EQ(text(at_least), "1");
   }
   const Twins memory = twins(C_AUTO);
   EXPECT_EQ(retype_tree(make_assign(name(memory.a), name(memory.b)))->op, ASSIGN);

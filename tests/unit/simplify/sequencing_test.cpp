@@ -154,6 +154,10 @@ TEST_F(SequencingTest, ValuesOfConditionals) {
         "N3:"}},
       {{"assign(_x, conditional(_y, alternatives(_x, _z)))"},
        {"if _y N1 N2", "N1:", "goto N3", "N2:", "assign(_x, _z)", "N3:"}},
+      // not so where the ? cuts what it takes from the target
+      {{"assign(_x, conditional:char(_y, alternatives:char(_x, _z)))"},
+       {"if _y N1 N2", "N1:", "assign(_x, sconv:char(_x))", "goto N3",
+        "N2:", "assign(_x, sconv:char(_z))", "N3:"}},
       {{"assign(_x, conditional(_y, alternatives(_z, _x)))"},
        {"if _y N1 N2", "N1:", "assign(_x, _z)", "goto N3", "N2:", "N3:"}},
       {{"assign(deref(_p), conditional(_y, alternatives(_z, 5)))"},

@@ -53,10 +53,17 @@ TEST_F(TruthTest, SingleBits) {
       {"remainder(_x, 6)", nullptr},
       {"bit_and(shift_right(_x, _y), 1)", "bit_and(shift_left(1, _y), _x)"},
       {"bit_and(shift_right(_x, 3), 1)", "bit_and(_x, 8)"},
-      {"bit_and:char(shift_right(_x, _y), 1:char)", nullptr}, // bits above 7 would be lost
+      // as a char it would lose bits above 7
+      {"bit_and:char(shift_right(_x, _y), 1:char)", "bit_and(shift_left(1, _y), _x)"},
+      {"remainder(shift_right(_x, _y), 2)", "bit_and(shift_left(1, _y), _x)"},
+      {"remainder(asg_or(deref(_p), 1), 4)", "comma_op(asg_or(deref(_p), 1), 1)"},
       {"shift_right(_x, 31)", "bit_and(_x, 0x80000000)"},
       {"shift_right(_u, 31)", "bit_and(_u, 0x80000000:unsigned)"},
       {"bit_and(bit_xor(_x, 6), 2)", "eq(bit_and(_x, 2), 0)"},
+      // the form that the comparison takes when it is simplified itself
+      {"bit_and(bit_xor(_u, 64:unsigned), 64:unsigned)", "eq(bit_and:int(_u, 64), 0)"},
+      {"bit_and(bit_xor(_us, 32768), 32768)", "eq(sconv:ushort(shift_right:int(_us, 15)), 0)"},
+      {"bit_and(bit_xor:int(_c, -2), 32768)", "eq(bit_and:int(_c, 128), 0)"},
       {"bit_xor(bit_and(_x, 4), 4)", "eq(bit_and(_x, 4), 0)"},
       {"bit_xor(lt(_x, _y), 1)", "ge(_x, _y)"},
       // 5 ^ 4 is not 0, though 5 has the bit
