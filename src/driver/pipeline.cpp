@@ -17,10 +17,6 @@
 namespace velkor {
 namespace {
 
-void propagate_fast() {
-  fast_CP(4, true);
-}
-
 constexpr std::array passes = {
     Pass{"sequence_statements", "make && || ? and commas explicit statements", 0, Shape::ANY, true,
          sequence_statements},
@@ -29,7 +25,7 @@ constexpr std::array passes = {
     Pass{"expand_bitfields", "turn bit fields into masks and shifts", 0, Shape::ANY, true,
          expand_bitfields},
     Pass{"fast_CP", "carry constants and copies to their uses", 1, Shape::ANY, false,
-         propagate_fast},
+         [] { fast_CP(4, true); }},
     Pass{"strip_assertions", "drop statements of fact", 0, Shape::ANY, true, strip_assertions},
     Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,
          [] { simpcfg(1); }},

@@ -29,7 +29,8 @@ struct FastPropagation {
   bool branch_constant = false; // a test has become constant
   int replacements = 0;
   std::uint32_t stamp = 1;
-  const LIST *cell = nullptr; // the current statement's
+  const LIST *cell = nullptr;       // the current statement's
+  const NODE *simplified = nullptr; // the assignment in it whose value was simplified last
 };
 
 FastPropagation fcp;
@@ -104,6 +105,14 @@ NODE *value_source(NODE *assignment) {
   return assignment;
 }
 
+// A value that has changed may be a constant now. Each is simplified once: the links of a chain
+// share it, and a value with effects, which becomes no constant, may hold others in turn.
+void simplify_value(NODE *assignment) {
+  if (!fcp.changed || fcp.simplified == assignment) return;
+  assignment->right = simplify_tree(assignment->right);
+  fcp.simplified = assignment;
+}
+
 void record_assignment(NODE *node) {
   SYM *sym = node->left->u.sym;
   if (sym->count == 1) {
@@ -111,7 +120,7 @@ void record_assignment(NODE *node) {
     return;
   }
   NODE *source = value_source(node);
-  if (fcp.changed) source->right = simplify_tree(source->right);
+  if (!has_side_effects(source->right)) simplify_value(source);
   if (!is_constant_like(source->right)) return forget_value(sym);
   remember_value(sym, source);
   sym->key = fcp.stamp;
@@ -213,6 +222,7 @@ bool are_both_assignments(const LIST *cell) {
 void walk_statement(LIST *cell) {
   if (are_both_assignments(cell)) combine_adjacent_asgs(cell);
   fcp.changed = false;
+  fcp.simplified = nullptr;
   fcp.cell = cell;
   cell->item = walk(cell->item);
   if (fcp.changed) cell->item = discard_value(simplify_tree(cell->item));
