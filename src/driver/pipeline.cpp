@@ -8,6 +8,7 @@
 #include "icode/function_writer.h"
 #include "lower/lower_function.h"
 #include "scalar/fast_cp.h"
+#include "scalar/lcse.h"
 #include "scalar/strip_assertions.h"
 #include "simplify/bit_fields.h"
 #include "simplify/sequencing.h"
@@ -26,6 +27,8 @@ constexpr std::array passes = {
          expand_bitfields},
     Pass{"fast_CP", "carry constants and copies to their uses", 1, Shape::ANY, false,
          [] { fast_CP(4, true); }},
+    Pass{"lcse", "compute common subexpressions of a run of blocks once", 1, Shape::ANY, false,
+         lcse},
     Pass{"strip_assertions", "drop statements of fact", 0, Shape::ANY, true, strip_assertions},
     Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,
          [] { simpcfg(1); }},
