@@ -376,6 +376,8 @@ bool has_plain_operands(const NODE *node) {
 NODE *rewrite_new_value(NODE *assignment, Position &at) {
   const NODE *target = assignment->left;
   NODE *value = assignment->right;
+  // The assignment goes away, and makes no temporary on its way.
+  if (have_same_number(target, value)) undo_all_dupes(value);
   if (!has_plain_operands(value) || have_same_number(target, value))
     return lcse_rewrite_tree(value, at);
   if (value->op == ADD) keep_far_offset(value);
@@ -427,11 +429,6 @@ NODE *lcse_rewrite_tree(NODE *tree, Position &at) {
   case ASG_SHIFT_RIGHT:
   case INCREMENT:
   case DECREMENT: return rewrite_assignment(tree, at);
-  case STASG:
-  case ARASG:
-    // What is stored is no scalar, so no temporary holds it.
-    if (tree->left->op == CSE_ORIG) break;
-    return rewrite_other(tree, at);
   case EQ:
   case NE:
   case LE:
