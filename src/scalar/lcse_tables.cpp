@@ -24,7 +24,7 @@ namespace velkor {
 namespace {
 
 // Nodes that a chain remembers. Twice as many may hang in it before the older half goes.
-constexpr int chain_memory = 128;
+constexpr int chain_memory = 64;
 constexpr int load_memory = 256;
 constexpr int hashed_links = 64; // of a spine, so that the sum of thousands of terms costs no more
 constexpr std::int32_t largest_small_icon = 127; // has one number, whatever its type
