@@ -6,9 +6,11 @@
 #include "core/options.h"
 #include "core/state.h"
 #include "icode/function_writer.h"
+#include "loops/propagate_increments.h"
 #include "loops/rotate_loops.h"
 #include "lower/lower_function.h"
 #include "scalar/fast_cp.h"
+#include "scalar/lcse.h"
 #include "scalar/strip_assertions.h"
 #include "simplify/bit_fields.h"
 #include "simplify/sequencing.h"
@@ -28,6 +30,10 @@ constexpr std::array passes = {
          expand_bitfields},
     Pass{"fast_CP", "carry constants and copies of single assignments to their uses", 0, Shape::ANY,
          false, [] { fast_CP(4, true); }},
+    Pass{"lcse", "compute common subexpressions of a run of blocks once", 1, Shape::ANY, false,
+         lcse},
+    Pass{"propagate_increments", "fold steps of pointers into the accesses beside them", 1,
+         Shape::ANY, false, propagate_increments},
     Pass{"strip_assertions", "take the statements of fact out", 0, Shape::ANY, true,
          strip_assertions},
     Pass{"allocate_regs", "fold tests into assignments, number the virtual registers", 0,
