@@ -439,6 +439,7 @@ void number_other(NODE *node) {
 }
 
 void number_tree(NODE *node) {
+  if (!node) return; // an operator of a file may lack an operand
   switch (node->op) {
   case LABELDEF: return;
   case ICON: return number_icon(node);
@@ -526,7 +527,7 @@ void number_statement(const LIST *cell) {
   local_cse.number_at_call = -1;
   local_cse.enters_nothing = false;
   local_cse.has_killed = false;
-  local_cse.effects = StatementEffects{};
+  note_statement_effects(cell->item);
   number_tree(cell->item);
   publish_copies();
 }

@@ -22,9 +22,8 @@ struct ValueCopy {
   std::int32_t older; // position of the next older copy of that number, or -1
 };
 
-// What a statement does to variables; found when it is first asked for.
+// What a statement does to variables, known before anything in it changes.
 struct StatementEffects {
-  bool known = false;
   bool stores_indirectly = false; // through a pointer, or by a call
   const SYM *root_target = nullptr;
   std::vector<const SYM *> targets; // assigned inside of it, or handed out by their address
@@ -144,6 +143,9 @@ void enter_stored_name(NODE *node);
 // (a + K), K out of reach of an access of the type  ->  ((a + K2) + (K - K2)), where (a + K2) is
 // known and K - K2 is in reach. The address has just been numbered.
 void use_nearby_address(NODE *address, TypeWord access_type);
+
+// Fills local_cse.effects for a statement, before anything in it is rewritten.
+void note_statement_effects(const NODE *statement);
 
 // node computes what first does. Nothing when it has effects; otherwise it becomes the name of a
 // variable that holds the value, or a CSE_DUPE.

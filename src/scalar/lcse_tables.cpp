@@ -325,22 +325,8 @@ const SYM *root_target(const NODE *statement) {
   return assigns ? statement->left->u.sym : nullptr;
 }
 
-const StatementEffects &statement_effects() {
-  StatementEffects &effects = local_cse.effects;
-  if (effects.known) return effects;
-  effects.known = true;
-  effects.root_target = root_target(local_cse.statement);
-  if (effects.root_target) {
-    // Its own target is no operand.
-    if (local_cse.statement->right) collect_effects(local_cse.statement->right, effects);
-  } else {
-    collect_effects(local_cse.statement, effects);
-  }
-  return effects;
-}
-
 bool changes_inside_statement(const SYM *sym) {
-  const StatementEffects &effects = statement_effects();
+  const StatementEffects &effects = local_cse.effects;
   if (sym->fcp_flag && effects.stores_indirectly) return true;
   return std::find(effects.targets.begin(), effects.targets.end(), sym) != effects.targets.end();
 }
@@ -476,6 +462,15 @@ bool same_object(const NODE *a, const NODE *b) {
 }
 
 } // namespace
+
+void note_statement_effects(const NODE *statement) {
+  StatementEffects &effects = local_cse.effects;
+  effects = StatementEffects{};
+  effects.root_target = root_target(statement);
+  // Its own target is no operand.
+  const NODE *operands = effects.root_target ? statement->right : statement;
+  if (operands) collect_effects(operands, effects);
+}
 
 std::int32_t ensure_number(SYM *sym) {
   if (number_of(sym) == 0) set_number(sym, new_number());
