@@ -8,6 +8,7 @@
 #include "core/output.h"
 #include "core/questions.h"
 #include "core/state.h"
+#include "core/symbols.h"
 #include "core/zones.h"
 #include "diag/infix.h"
 #include "icode/format.h"
@@ -108,15 +109,10 @@ bool copies_parameter(const NODE *tree) {
   return tree->op == ASSIGN && is_param_copy(tree);
 }
 
-// The parameter's home is now assigned more than once.
-void forget_constness(SYM *sym) {
-  sym->squal &= is_derived(sym->stype) ? ~16u : ~1u;
-}
-
 NODE *assign_argument(const NODE *copy, const NODE *argument) {
   NODE *value = copy_tree(argument);
   if (value->op == ACONV) value->op = is_pointer(value->type) ? PCONV : SCONV;
-  forget_constness(copy->left->u.sym);
+  forget_const(copy->left->u.sym); // the home is now assigned more than once
   NODE *assignment = copy_node(copy);
   assignment->left = refresh_qual(copy_node(copy->left));
   assignment->right = simplify_tree(value);

@@ -101,6 +101,18 @@ bool is_constant_tree(const NODE *tree) {
     }
 }
 
+bool access_is_constant(const NODE *access) {
+  if (is_volatile_node(access)) return false;
+  while (access->op == MEMBER)
+    access = access->left;
+  switch (access->op) {
+  case NAME: return is_constant_object(access);
+  case DEREF:
+  case ARROW: return !is_volatile_node(access) && points_at_constant(access->left);
+  default: return false;
+  }
+}
+
 bool has_side_effects(NODE *tree) {
   for (; tree; tree = tree->left)
     switch (tree->op) {

@@ -8,6 +8,12 @@ namespace velkor {
 // Is the tree's value the same throughout the program's run (constants, addresses, const objects)?
 [[nodiscard]] bool is_constant_tree(const NODE *tree);
 
+// Does the access (NAME, DEREF, MEMBER or ARROW) read an object that keeps its value throughout the
+// program's run: a literal, or one of static duration that is itself const and not volatile? A
+// pointer to const tells nothing of what it points at, nor does const on an automatic object, which
+// begins anew each time its block is entered.
+[[nodiscard]] bool access_is_constant(const NODE *access);
+
 // Does evaluating the tree do more than yield a value: an assignment, a call, a transfer, an access
 // to something volatile? When all objects count as volatile the accesses are marked here.
 [[nodiscard]] bool has_side_effects(NODE *tree);

@@ -140,6 +140,14 @@ SYM *make_temp(char prefix, std::int32_t number, std::int32_t size, TypeWord typ
   return sym;
 }
 
+void forget_const(SYM *sym) {
+  TypeWord type = sym->stype;
+  std::uint32_t derivation_const = 16;
+  for (; is_array(type); type = underived(type), derivation_const <<= 2)
+    sym->squal &= ~derivation_const;
+  sym->squal &= is_derived(type) ? ~derivation_const : ~1u;
+}
+
 std::int32_t sym_size(const SYM *sym) {
   switch (sym->sclass) {
   case C_STRTAG:

@@ -32,6 +32,12 @@ void sym_split();
 // size (bits) stands for a type that is no scalar.
 [[nodiscard]] SYM *make_temp(char prefix, std::int32_t number, std::int32_t size, TypeWord type);
 
+// Takes const from the object itself (what a pointer points at keeps it; what an array holds does
+// not). An automatic object of the source is made anew each time its block is entered, so that
+// const tells the passes nothing of its value: only the passes themselves give it, to a local that
+// they have found to be set once, when the function is entered.
+void forget_const(SYM *sym);
+
 [[nodiscard]] std::int32_t sym_size(const SYM *sym);      // bits
 [[nodiscard]] std::int32_t sym_alignment(const SYM *sym); // bits
 

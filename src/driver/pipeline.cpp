@@ -8,6 +8,8 @@
 #include "icode/function_writer.h"
 #include "loops/rotate_loops.h"
 #include "lower/lower_function.h"
+#include "scalar/fast_cp.h"
+#include "scalar/strip_assertions.h"
 #include "simplify/bit_fields.h"
 #include "simplify/sequencing.h"
 #include "storage/allocate_regs.h"
@@ -24,6 +26,9 @@ constexpr std::array passes = {
     Pass{"simpcfg", "clean the graph", 0, Shape::ANY, false, [] { simpcfg(0); }},
     Pass{"expand_bitfields", "turn bit fields into masks and shifts", 0, Shape::ANY, true,
          expand_bitfields},
+    Pass{"fast_CP", "carry constants and copies to their uses", 1, Shape::ANY, false,
+         [] { fast_CP(4, true); }},
+    Pass{"strip_assertions", "drop statements of fact", 0, Shape::ANY, true, strip_assertions},
     Pass{"allocate_regs", "fold tests into assignments, number the virtual registers", 0,
          Shape::ANY, false, allocate_regs},
     Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,

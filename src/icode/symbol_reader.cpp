@@ -130,6 +130,7 @@ bool sym_add(SYM *sym, std::uint8_t record_byte, bool may_write) {
   if (sym->sclass == C_VREG || sym->sclass == C_REG) sym->sclass = C_AUTO;
   if (sym->level == 2) sym->scqual |= CQ_OUTERMOST;
   if (sym->level > 1) sym->level = 2;
+  if (options.opt_level > 0 && sym->level > 1 && sym->sclass == C_AUTO) forget_const(sym);
   const bool parameter_written_later = options.opt_level > 2 && sym->level == 1;
   const bool writes = may_write && !state.skip_function && !parameter_written_later &&
                       sym->sclass != C_AUTO && sym->sclass != C_LABEL;

@@ -10,6 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <functional>
+#include <string>
+
 namespace velkor {
 
 class RunTest : public ::testing::Test {
@@ -30,6 +34,21 @@ protected:
   static NODE *icon(std::int32_t value) { return make_icon(value, INT); }
   static NODE *node(Opcode op, NODE *left, NODE *right = nullptr, TypeWord type = INT) {
     return make_node(op, left, right, type);
+  }
+
+  // What a routine writes to the debug file.
+  static std::string debug_text(const std::function<void()> &routine, int level = 1) {
+    std::FILE *file = std::tmpfile();
+    state.debug_file = file;
+    state.debug_on = level;
+    routine();
+    state.debug_file = nullptr;
+    state.debug_on = 0;
+    std::string text(static_cast<std::size_t>(std::ftell(file)), '\0');
+    std::rewind(file);
+    text.resize(std::fread(text.data(), 1, text.size(), file));
+    std::fclose(file);
+    return text;
   }
 
 private:

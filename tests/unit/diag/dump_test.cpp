@@ -14,20 +14,6 @@ protected:
   SYM *x_sym = symbol("_x", INT);
   NODE *x() { return name(x_sym); }
 
-  // What a routine writes to the debug file.
-  static std::string debug_text(const std::function<void()> &routine, int level = 1) {
-    std::FILE *file = std::tmpfile();
-    state.debug_file = file;
-    state.debug_on = level;
-    routine();
-    state.debug_file = nullptr;
-    state.debug_on = 0;
-    std::string text(static_cast<std::size_t>(std::ftell(file)), '\0');
-    std::rewind(file);
-    text.resize(std::fread(text.data(), 1, text.size(), file));
-    std::fclose(file);
-    return text;
-  }
   static std::string tree_text(const NODE *tree) {
     return debug_text([&] { dump_tree(tree); });
   }
