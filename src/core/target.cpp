@@ -3,6 +3,7 @@
 #include "core/options.h"
 
 #include <array>
+#include <bit>
 
 namespace velkor {
 namespace {
@@ -30,6 +31,42 @@ bool is_immediate_operand(const NODE *node) {
   if (options.opt_target_mode == 1)
     return node->u.lval >= smallest_short_immediate && node->u.lval <= largest_short_immediate;
   return is_immediate_value(static_cast<std::uint32_t>(node->u.lval));
+}
+
+OffsetRange offset_range() {
+  if (options.opt_target_mode == 1) return {0, 124};
+  return {-4095, 4095};
+}
+
+bool offset_fits(std::int32_t offset, TypeWord type, bool signed_form) {
+  const auto [lowest, highest] = offset_range();
+  if (offset < lowest || offset > highest) return false;
+  if (is_pointer(type)) return true;
+  const bool has_short_fields = options.opt_target_mode == 1;
+  const bool is_even = offset % 2 == 0;
+  switch (type) {
+  case CHAR:
+    if (!has_short_fields) return signed_form || offset <= 255;
+    return signed_form && offset < 32;
+  case UNSIGNED_CHAR: return !has_short_fields || offset < 32;
+  case SHORT:
+    if (!has_short_fields) return offset <= 255 && is_even;
+    return signed_form && offset <= 62 && is_even;
+  case UNSIGNED_SHORT: return offset <= (has_short_fields ? 62 : 255) && is_even;
+  case INT:
+  case UNSIGNED:
+  case FLOAT: return offset % 4 == 0;
+  default: return false;
+  }
+}
+
+bool scale_ok(std::int32_t factor, std::int32_t width) {
+  if (width != 8 && width != 16 && width != 32) return false;
+  if (factor == 1) return true;
+  if (options.opt_target_mode != 0 || width == 16) return false;
+  const std::uint32_t size =
+      factor < 0 ? 0u - static_cast<std::uint32_t>(factor) : static_cast<std::uint32_t>(factor);
+  return std::has_single_bit(size);
 }
 
 AccessCost access_cost(TypeWord type) {

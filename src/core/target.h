@@ -16,6 +16,20 @@ namespace velkor {
 // Depends on the instruction forms (opt_target_mode).
 [[nodiscard]] bool is_immediate_operand(const NODE *node);
 
+// The offsets, in bytes, that a load or store can carry at all.
+struct OffsetRange {
+  std::int32_t lowest;
+  std::int32_t highest;
+};
+[[nodiscard]] OffsetRange offset_range();
+
+// Can a load or store of the type carry the offset (bytes)? signed_form: the access extends the
+// sign by itself.
+[[nodiscard]] bool offset_fits(std::int32_t offset, TypeWord type, bool signed_form);
+
+// Can an access of that many bits scale its index by the factor?
+[[nodiscard]] bool scale_ok(std::int32_t factor, std::int32_t width);
+
 // Cost of reading a value of a basic type from memory, and the further cost of extending its sign.
 // A load cost of 0: such a value cannot be read as a part of a wider one.
 struct AccessCost {
