@@ -8,6 +8,7 @@
 #include "icode/function_writer.h"
 #include "loops/rotate_loops.h"
 #include "lower/lower_function.h"
+#include "scalar/copyprop.h"
 #include "scalar/fast_cp.h"
 #include "scalar/strip_assertions.h"
 #include "simplify/bit_fields.h"
@@ -28,7 +29,11 @@ constexpr std::array passes = {
          expand_bitfields},
     Pass{"fast_CP", "carry constants and copies to their uses", 1, Shape::ANY, false,
          [] { fast_CP(4, true); }},
+    Pass{"copyprop_early", "carry copies and known values along, for the dataflow passes", 2,
+         Shape::MANY_BLOCKS, false, [] { copyprop(true); }},
     Pass{"strip_assertions", "drop statements of fact", 0, Shape::ANY, true, strip_assertions},
+    Pass{"copyprop", "carry copies and known values along", 1, Shape::ANY, false,
+         [] { copyprop(true); }},
     Pass{"allocate_regs", "fold tests into assignments, number the virtual registers", 0,
          Shape::ANY, false, allocate_regs},
     Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,
