@@ -133,6 +133,11 @@ bool ifs_equal(const NODE *a, const NODE *b) {
          conditions_equal(a->left, b->left, true, true);
 }
 
+// Is own, an operand of node, of node's type, or of the type of the other tree's operand?
+bool operand_types_fit(const NODE *node, const NODE *other, const NODE *own) {
+  return !own || own->type == node->type || (other && own->type == other->type);
+}
+
 const NODE *skip_identity(const NODE *tree) {
   while (tree->op == IDENTITY)
     tree = tree->left;
@@ -204,6 +209,18 @@ bool trees_equal(const NODE *a, const NODE *b, bool ignore_effects) {
   const bool result = equal(a, b, ignore_effects);
   --nesting;
   return result;
+}
+
+bool compatible_types(const NODE *a, const NODE *b) {
+  if (is_pointer(b->type) && is_integer(a->type)) std::swap(a, b);
+  for (;; a = a->left) {
+    if (a->type == b->type || (is_pointer(a->type) && is_pointer(b->type))) return true;
+    if (is_integer(a->type) && is_integer(b->type) && type_width(a->type) >= 32 &&
+        type_width(a->type) == type_width(b->type))
+      return operand_types_fit(a, b->left, a->left) && operand_types_fit(a, b->right, a->right);
+    if (a->op != IDENTITY || b->op != IDENTITY) return false;
+    b = b->left;
+  }
 }
 
 bool lists_equal(const LIST *a, const LIST *b) {

@@ -10,6 +10,11 @@ namespace velkor {
 // alike. Knows commutative and swapped operators and three operands in any grouping and order.
 [[nodiscard]] bool trees_equal(const NODE *a, const NODE *b, bool ignore_effects);
 
+// Two trees of one opcode with operands of equal values: do they yield the same bits, though their
+// types may differ? True of equal types, of two pointers, and of two integer types of one width of
+// at least 32 bits over operands whose types do not make the difference.
+[[nodiscard]] bool compatible_types(const NODE *a, const NODE *b);
+
 // Two statement lists, item by item, effects ignored; they must end together.
 [[nodiscard]] bool lists_equal(const LIST *a, const LIST *b);
 

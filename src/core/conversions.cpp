@@ -67,7 +67,10 @@ NODE *convert_tree(TypeWord type, NODE *tree) {
     if (tree->type == type) return tree;
     if (tree->op != PCONV) return make_node(PCONV, tree, nullptr, type);
     tree->type = static_cast<std::uint16_t>(type);
-    return tree;
+    if (tree->left->type != type) return tree;
+    NODE *pointer = tree->left; // (unsigned *) (int *) p, p an unsigned *
+    erase_node(tree);
+    return pointer;
   }
   if (!is_scalar(type) || !is_scalar(tree->type)) return tree;
   if (tree->type == type && !is_bit_field_access(tree)) return tree;

@@ -59,9 +59,14 @@ struct SYMLIST {
   SYM *sym;
 };
 
-// A bit range of a base that subrange analysis follows.
+// A bit range of a base: what is known of the place of an access (scalar/subranges.h).
 struct SUBRANGE {
   SUBRANGE *next;
+  NODE *item;          // the assignment that makes the range available, or none
+  NODE *tree;          // the access
+  NODE *base;          // NAME of the object, or ICON of an absolute address
+  std::int32_t width;  // bits; 0: the base is known, the extent is not
+  std::int32_t offset; // from the base, bits
 };
 
 struct LABEL {

@@ -1,5 +1,6 @@
 #include "lower/branch_labels.h"
 
+#include "cfg/graph.h"
 #include "core/failure.h"
 #include "core/nodes.h"
 #include "core/options.h"
@@ -39,23 +40,64 @@ bool keeps_control(const LIST *mark) {
   return mark->item->op == LOOP || mark->item->op == ENDLOOP;
 }
 
+// The mark behind this one of the other end of its loop, or none; nsize tells the loop.
+NODE *other_end(const LIST *mark) {
+  for (const LIST *other = mark->next; other; other = other->next)
+    if (keeps_control(other) && other->item->right->nsize == mark->item->right->nsize)
+      return other->item->right;
+  return nullptr;
+}
+
 // The LOOP and the ENDLOOP of one loop name one number.
 void number_loop_marks(int &number) {
-  for (LIST *mark = lowering.loop_marks; mark; mark = mark->next) {
+  for (const LIST *mark = lowering.loop_marks; mark; mark = mark->next) {
     if (!keeps_control(mark)) continue;
     NODE *reference = mark->item->right;
-    if (reference->nsize == 0) continue;
+    if (reference->nsize == 0) continue; // has its number from the other end
     reference->u.lval = ++number;
-    for (LIST *other = mark->next; other; other = other->next) {
-      if (!keeps_control(other) || other->item->right->nsize != reference->nsize) continue;
-      other->item->right->u.lval = number;
-      other->item->right->nsize = 0;
-      break;
-    }
+    NODE *other = other_end(mark);
+    if (!other) continue;
+    other->u.lval = number;
+    other->nsize = 0;
   }
 }
 
-int largest_number_in_use() {
+// Which labels take a number.
+enum class Numbering : std::uint8_t {
+  REFERRED_TO, // all that a statement refers to
+  WRITTEN      // but for those that only the block ahead refers to: control falls through to them
+};
+
+// Does the block's last statement refer to the label of the block behind by a jump that will not be
+// written? Of an IF, one target is such a jump.
+bool falls_through_to(const BB *block, const LABEL *label) {
+  if (!block || block->next != label->bb || !block->trees) return false;
+  const NODE *last = last_cell(block)->item;
+  if (last->op == BRANCH) return last->left->aux.label == label;
+  if (last->op != IF) return false;
+  return last->right->left->aux.label == label || last->right->right->aux.label == label;
+}
+
+bool takes_number(const LABEL *label, const BB *ahead, Numbering numbering) {
+  if (label->refcount == 0) return false;
+  return numbering == Numbering::REFERRED_TO || label->refcount > 1 ||
+         !falls_through_to(ahead, label);
+}
+
+// Numbers the first two labels of each block; returns the largest number.
+int compact_numbers(Numbering numbering) {
+  int number = 0;
+  const BB *ahead = nullptr;
+  for (const BB *block = state.first_bb; block; ahead = block, block = block->next) {
+    LABEL *label = block->labels;
+    for (int i = 0; i < 2 && label; ++i, label = label->next)
+      if (takes_number(label, ahead, numbering)) label->index = ++number;
+  }
+  return number;
+}
+
+// References keep the numbers that number_branch_labels gave their labels.
+int largest_number_given() {
   int largest = 0;
   for (const BB *block = state.first_bb; block; block = block->next)
     for (const LABEL *label = block->labels; label; label = label->next)
@@ -63,17 +105,6 @@ int largest_number_in_use() {
   for (const LIST *mark = lowering.loop_marks; mark; mark = mark->next)
     if (keeps_control(mark)) largest = std::max(largest, mark->item->right->u.lval);
   return largest;
-}
-
-void compact_numbers() {
-  int number = 0;
-  for (const BB *block = state.first_bb; block; block = block->next) {
-    LABEL *first = block->labels;
-    if (!first) continue;
-    if (first->refcount != 0) first->index = ++number;
-    if (first->next && first->next->refcount != 0) first->next->index = ++number;
-  }
-  number_loop_marks(number);
 }
 
 } // namespace
@@ -100,11 +131,14 @@ void number_branch_labels(NODE *tree, const BB *block) {
 }
 
 void number_labels() {
-  if (options.debug_level <= 1) compact_numbers();
-  const int largest = largest_number_in_use();
-  if (largest <= max_label_index) return;
-  report("\n!!! Error: a function with the label number %d, the icode file has room for %d !!!\n",
-         largest, max_label_index);
+  const bool keeps_numbers = options.debug_level > 1 && largest_number_given() <= max_label_index;
+  if (keeps_numbers) return;
+  int number = compact_numbers(Numbering::REFERRED_TO);
+  if (number > max_label_index) number = compact_numbers(Numbering::WRITTEN);
+  number_loop_marks(number);
+  if (number <= max_label_index) return;
+  report("\n!!! Error: a function with %d labels, the icode file has room for %d !!!\n", number,
+         max_label_index);
   abnormal_end();
 }
 

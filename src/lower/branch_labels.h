@@ -14,8 +14,8 @@ void clear_reference_counts();
 void number_branch_labels(NODE *tree, const BB *block);
 
 // Gives all used labels their final numbers: 1 upward in the order of the code, machine loops
-// behind. With two or more # on the command line they keep numbers that tell the block. Ends the
-// run when a number is beyond what the file has room for.
+// behind. With two or more # on the command line they keep numbers that tell the block, as long as
+// the file has room for these. A function with more labels than the file has room for ends the run.
 void number_labels();
 
 } // namespace velkor

@@ -101,7 +101,7 @@ Outcome test_counter(NODE *&node, const Position &) {
 // Switches
 
 std::int32_t case_value(const NODE *label) {
-  return label->left->u.lval;
+  return label->op == CASE ? label->left->u.lval : 0;
 }
 
 // The number of cases, and the last one's value less the first one's, for the choice between a

@@ -116,16 +116,6 @@ bool reaches(const FUN *from, const FUN *to) {
   return (from->reach[number >> 5] >> (number & 31) & 1) != 0;
 }
 
-// May the call leave by a longjmp, into a function further out that calls this one again, or into
-// this one? Then the code behind the call does not run, and the statics are read as they are.
-bool may_not_return(const NODE *call) {
-  const FUN *fun = fun_of_call(call);
-  if (!fun || (fun->flags & FUN_never_returns)) return true;
-  if (fun->flags & FUN_is_SYSTEM) return false;
-  if (!(fun->flags & FUN_is_defined) || !fun->reach) return true;
-  return reaches(fun, state.unknown_fun) || reaches(fun, fun_find("longjmp"));
-}
-
 bool is_compound_assignment(const NODE *node) {
   return asgop_base(node->op) != ILLOP;
 }
@@ -155,6 +145,10 @@ void local_lva_uses(NODE *tree, bool self) {
       if (local.statics_take_part && (call_may_reenter(tree) || may_not_return(tree)))
         set_union(local.uses, live_variables.static_candidates, live_variables.words);
       break;
+    case ASM: // what it calls may come back
+      if (local.statics_take_part && !is_comment_asm(tree))
+        set_union(local.uses, live_variables.static_candidates, live_variables.words);
+      return;
     default:
       if (!self || !is_compound_assignment(tree) || tree->left->op != NAME) break;
       local_lva_uses(tree->right, false);
@@ -206,6 +200,7 @@ void local_lva_defs(NODE *tree, bool self, bool conditional) {
     case LOGICAL_AND:
     case LOGICAL_OR:
     case CONDITIONAL: right_is_conditional = true; break;
+    case NASSERT: conditional = true; break; // never evaluated
     case UXCALL: return;
     case ILLOP:
     case CSE_DUPE:
@@ -314,6 +309,14 @@ void restrict_to_touched() {
 }
 
 } // namespace
+
+bool may_not_return(const NODE *call) {
+  const FUN *fun = fun_of_call(call);
+  if (!fun || (fun->flags & FUN_never_returns)) return true;
+  if (fun->flags & FUN_is_SYSTEM) return false;
+  if (!(fun->flags & FUN_is_defined) || !fun->reach) return true;
+  return reaches(fun, state.unknown_fun) || reaches(fun, fun_find("longjmp"));
+}
 
 void find_live_variables(bool for_dead_code) {
   debug_print("\n\n\t\t\t---------- ENTERING 'find_live_variables' --------\n");

@@ -46,6 +46,10 @@ inline constexpr std::int32_t candidate_lost = -1;
          live_variables.candidates[sym->count] == sym;
 }
 
+// May the call leave by a longjmp, into a function further out that calls this one again, or into
+// this one? Then the code behind the call does not run, and the statics are read as they are.
+[[nodiscard]] bool may_not_return(const NODE *call);
+
 // Tidies the statements (values that nobody uses, commas), numbers the candidates and fills live_in
 // and live_out of every block. Needs sym_split and edges; x = a + x may become x = x + a. Without
 // candidates the sets are not made. Time and memory: blocks times candidates / 32 words for each

@@ -132,14 +132,28 @@ Outcome test_opposite_for_zero(NODE *&tree) {
   return Outcome::DONE;
 }
 
+// A place that is not entered again while it is being left. Also when a run ends from within.
+struct Place {
+  bool entered = false;
+};
+struct Visit {
+  explicit Visit(Place &place) : place_(place) { place_.entered = true; }
+  ~Visit() { place_.entered = false; }
+  Visit(const Visit &) = delete;
+  Visit &operator=(const Visit &) = delete;
+
+private:
+  Place &place_;
+};
+
+Place around_value;
+
 // x == 0 of a test x that is a value. The relation's rules make x ^ 1 of it in the end, which leads
 // back here: once around, and x has the form in which the next simplification leaves it.
 Outcome test_value_for_zero(NODE *&tree) {
-  static bool is_around = false;
-  if (is_around) return Outcome::DONE;
-  is_around = true;
+  if (around_value.entered) return Outcome::DONE;
+  const Visit visit(around_value);
   tree = simplify_test(simplify_node(tree));
-  is_around = false;
   return Outcome::DONE;
 }
 

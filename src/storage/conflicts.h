@@ -32,7 +32,7 @@ struct Allocation {
 };
 extern Allocation allocation;
 
-inline constexpr int most_measured_candidates = 16384; // 64 MB of sets
+inline constexpr int most_measured_candidates = 16384; // 128 MB of sets
 
 // While storage is allocated, SYM::offset of a candidate is its cost: its appearances, each
 // weighted by 8 * loop depth + 1.

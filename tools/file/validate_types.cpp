@@ -81,17 +81,18 @@ bool is_place(const Node *node) {
   return node->op == NAME || node->op == MEMBER || node->op == ARROW || node->op == DEREF;
 }
 
-bool is_assigned_type(TypeWord place, TypeWord value) {
-  if (place == value) return true;
-  if (is_derived(place) && is_derived(value)) return false;
-  return place == ENUM && value == INT;
+// An address that is stored has the type of the assignment, whatever the place points at; numbers
+// have the place's.
+bool is_assigned_type(const Node &assignment, TypeWord place, TypeWord value) {
+  if (is_derived(place)) return value == place || value == assignment.type;
+  return value == place || (place == ENUM && value == INT);
 }
 
-const char *assignment_fault(Operands operands) {
+const char *assignment_fault(const Node &node, Operands operands) {
   const auto [left, right] = operands;
   if (!is_place(left)) return "an assignment to no place";
-  return is_assigned_type(left->type, right->type) ? nullptr
-                                                   : "a value of another type than its place";
+  return is_assigned_type(node, left->type, right->type) ? nullptr
+                                                         : "a value of another type than its place";
 }
 
 const char *compound_assignment_fault(Operands operands) {
@@ -157,7 +158,7 @@ const char *type_fault(const IcodeFile &file, const Node &node, std::uint32_t na
   case ABS:
   case SQRT:
   case SQUARE: return unary_fault(node, operands);
-  case ASSIGN: return assignment_fault(operands);
+  case ASSIGN: return assignment_fault(node, operands);
   case ASG_ADD:
   case ASG_SUBTRACT:
   case ASG_MULTIPLY:

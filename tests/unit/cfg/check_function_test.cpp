@@ -191,9 +191,6 @@ TEST_F(CheckFunctionTest, TreesAreWholeAndTheirOwn) {
   NODE *freed = tree("_x");
   freed->op = ILLOP;
   EXPECT_EQ(broken(freed), "a freed node hangs in a tree");
-  NODE *unknown = tree("_x");
-  unknown->op = static_cast<Opcode>(26);
-  EXPECT_EQ(broken(unknown), "an opcode that is none");
   EXPECT_EQ(broken(make_node(CSE_ORIG, tree("_x"), tree("_y"), INT)), "a pass has left its marker");
   EXPECT_EQ(broken(make_node(ADD, tree("_x"), nullptr, INT)), "an operator without its operands");
   EXPECT_EQ(broken(make_node(NEGATE, tree("_x"), tree("_y"), INT)),

@@ -226,7 +226,7 @@ TEST_F(SimpcfgTest, CasesThatDoNotMatterGo) {
                    "B4:", returned(3)}));
   EXPECT_EQ(cleaned(with_cases(
                 "_z", "comma(comma(comma(case(1,L3),case(2,L2)),case(3,L3)),default(L3))")),
-            (Lines{"B1:", "if ne(_z, 2) B3 B2", "B2:", returned(2), "B3:", returned(3)}));
+            (Lines{"B1:", "if ne(_z, 2) B2 B3", "B2:", returned(3), "B3:", returned(2)}));
   EXPECT_EQ(
       cleaned(with_cases("ucall(address(_fn))", "comma(comma(case(1,L3),case(3,L3)),default(L3))")),
       (Lines{"B1:", "ucall(address(_fn))", returned(3)}));

@@ -3,6 +3,8 @@
 #include "lower/lower_function.h"
 #include "lower/lowering_rows.h"
 
+#include <algorithm>
+
 namespace velkor {
 namespace {
 
@@ -144,6 +146,27 @@ TEST_F(UnsimpBlocksTest, DebugRunsKeepNumbersThatTellTheBlock) {
   build(loop);
   lower_function();
   EXPECT_EQ(labels(), "B2:f1=3 B2:b1=8 B3:f1=4 B4:f1=5 B5:f1=6");
+}
+
+TEST_F(UnsimpBlocksTest, LabelsThatAreOnlyFallenThroughToMayGoWithoutANumber) {
+  constexpr int most = 32767;
+  Lines lines;
+  for (int i = 0; i < most / 2; ++i) { // three labels each, of which two are written
+    const std::string first = std::to_string(3 * i + 1);
+    const std::string second = std::to_string(3 * i + 2);
+    const std::string third = std::to_string(3 * i + 3);
+    lines.insert(lines.end(),
+                 {"if _x L" + first + " L" + second, "L" + first + ":", "assign(_y, 1)",
+                  "goto L" + third, "L" + second + ":", "assign(_y, 2)", "L" + third + ":"});
+  }
+  build(lines);
+  lower_function();
+  int largest = 0;
+  for (const BB *each = state.first_bb; each; each = each->next)
+    if (each->labels && each->labels->refcount > 1)
+      largest = std::max(largest, static_cast<int>(each->labels->index));
+  EXPECT_GT(largest, most / 2);
+  EXPECT_LE(largest, most);
 }
 
 TEST_F(UnsimpBlocksTest, MachineLoopsArePairedByTheirLabels) {

@@ -1,0 +1,347 @@
+#include "scalar/delay_assignments.h"
+
+#include "cfg/graph.h"
+#include "cfg/returns_twice.h"
+#include "core/nodes.h"
+#include "core/options.h"
+#include "core/output.h"
+#include "core/state.h"
+#include "diag/dump.h"
+#include "diag/infix.h"
+#include "scalar/combine_assignments.h"
+#include "scalar/live_variables.h"
+#include "scalar/split_edge.h"
+#include "simplify/patterns.h"
+
+#include <utility>
+
+namespace velkor {
+namespace {
+
+bool delay_moved;          // the current statement lost an assignment
+bool steps_may_be_delayed; // not where a call may come back twice: the step would be made again
+
+// ------------------------------------------------------------------------------------------------
+// Which assignment
+
+bool is_local_candidate(const NODE *node) {
+  return node->op == NAME && node->u.sym->sclass == C_AUTO && is_candidate(node->u.sym) &&
+         is_scalar(node->u.sym->stype);
+}
+
+bool is_name_of(const NODE *node, const SYM *sym) {
+  return node->op == NAME && node->u.sym == sym;
+}
+
+bool yields_constant(const NODE *value) {
+  while (value->op == SCONV || value->op == PCONV)
+    value = value->left;
+  switch (value->op) {
+  case ICON:
+  case SCON:
+  case FCON: return true;
+  case ADDRESS: return value->left->op == NAME;
+  default: return false;
+  }
+}
+
+// x = constant, and x = x + constant where self_ok.
+bool assigns_constant(const NODE *assignment, bool self_ok) {
+  const NODE *target = assignment->left;
+  if (!is_local_candidate(target)) return false;
+  const NODE *value = assignment->right;
+  if (self_ok && steps_may_be_delayed && is_sum_or_difference(value) &&
+      is_name_of(value->left, target->u.sym))
+    value = value->right;
+  return yields_constant(value);
+}
+
+bool is_delayable_step(const NODE *step) {
+  return steps_may_be_delayed && is_local_candidate(step->left) && step->right->op == ICON;
+}
+
+// The machine makes these steps while it accesses memory; the 16-bit instruction forms cannot.
+bool is_write_back_address(const NODE *address) {
+  return options.opt_target_mode != 1 &&
+         (address->op == ASSIGN || address->op == INCREMENT || address->op == DECREMENT);
+}
+
+// The first assignment of the tree that can be delayed, or none. self_ok: the value that it leaves
+// behind is one that a statement or a comparison can compute without the variable.
+NODE *find_delayable(NODE *tree, bool self_ok) {
+  for (; tree; tree = tree->left) {
+    switch (tree->op) {
+    case COMMA_OP:
+    case LOOP:
+    case ENDLOOP:
+    case INITLOOP:
+    case NASSERT: return nullptr; // never evaluated
+    case DEREF:
+      if (is_write_back_address(tree->left)) return nullptr;
+      self_ok = false;
+      continue;
+    case ASSIGN:
+      if (assigns_constant(tree, self_ok)) return tree;
+      break;
+    case INCREMENT:
+    case DECREMENT: return is_delayable_step(tree) ? tree : nullptr;
+    case LOGICAL_AND: // the right side may not be evaluated
+    case LOGICAL_OR:
+    case CONDITIONAL: self_ok = false; continue;
+    default: break;
+    }
+    self_ok = tree->right && tree->right->op == ICON;
+    if (!tree->right || tree->op == MEMBER || tree->op == ARROW) continue;
+    if (NODE *found = find_delayable(tree->right, false)) return found;
+  }
+  return nullptr;
+}
+
+// ------------------------------------------------------------------------------------------------
+// Where the variable is mentioned
+
+// How often a NAME of sym stands in the tree.
+int count_mentions(const NODE *tree, const SYM *sym) {
+  int count = 0;
+  for (; tree; tree = tree->left) {
+    if (tree->op == NAME) return count + (tree->u.sym == sym);
+    if (tree->right) count += count_mentions(tree->right, sym);
+  }
+  return count;
+}
+
+// Assembler code may mention anything.
+bool mentions(const NODE *tree, const SYM *sym) {
+  for (; tree; tree = tree->left) {
+    if (tree->op == NAME) return tree->u.sym == sym;
+    if (tree->op == ASM) return !is_comment_asm(tree);
+    if (tree->right && mentions(tree->right, sym)) return true;
+  }
+  return false;
+}
+
+bool block_mentions(const BB *block, const SYM *sym) {
+  for (const LIST *cell = block->trees; cell; cell = cell->next)
+    if (mentions(cell->item, sym)) return true;
+  return false;
+}
+
+// ------------------------------------------------------------------------------------------------
+// Where to go on
+
+// From entry straight to exit, by whatever way the blocks first to last offer, which do without
+// sym? Nothing may enter or leave the region elsewhere.
+bool can_jump_over(const SYM *sym, const BB *entry, const BB *first, const BB *last,
+                   const BB *exit) {
+  for (const BB *block = first; block != exit; block = block->next) {
+    if (!block || block_mentions(block, sym)) return false;
+    for (const EDGE *edge = block->preds; edge; edge = edge->next)
+      if (edge->bb->dfn < entry->dfn || edge->bb->dfn > last->dfn) return false;
+    for (const EDGE *edge = block->succs; edge; edge = edge->next)
+      if (edge->bb->dfn < first->dfn || edge->bb->dfn > exit->dfn) return false;
+  }
+  return true;
+}
+
+// The end of an edge that is not the given block, of two edges; none for any other number.
+BB *other_end(const EDGE *edges, const BB *block) {
+  if (edge_count(edges) != 2) return nullptr;
+  if (edges->bb == block) return edges->next->bb;
+  return edges->next->bb == block ? edges->bb : nullptr;
+}
+
+// A loop behind block that does without sym: the block behind the loop, or none.
+BB *skip_loop(const SYM *sym, const BB *block) {
+  const BB *header = block->succs->bb;
+  if (block->next != header) return nullptr;
+  const BB *latch = other_end(header->preds, block);
+  if (!latch) return nullptr;
+  BB *exit = other_end(latch->succs, header);
+  if (!exit || exit != latch->next || !single_edge(exit->preds)) return nullptr;
+  return can_jump_over(sym, block, header, latch, exit) ? exit : nullptr;
+}
+
+// The block where two arms meet that have no other way in or out, and do without sym.
+BB *join_of_arms(const SYM *sym, const BB *one, const BB *other) {
+  if (!single_edge(one->preds) || !single_edge(other->preds)) return nullptr;
+  BB *join = single_edge(one->succs);
+  if (!join || single_edge(other->succs) != join || edge_count(join->preds) != 2) return nullptr;
+  return block_mentions(one, sym) || block_mentions(other, sym) ? nullptr : join;
+}
+
+// A conditional region behind block that does without sym: the block behind it, or none.
+BB *skip_branch(const SYM *sym, const BB *block) {
+  BB *first = block->succs->bb;
+  BB *exit = block->succs->next->bb;
+  if (first->dfn <= block->dfn || exit->dfn <= block->dfn) return nullptr;
+  const int number = sym->count;
+  if (!set_has(live_in(first), number) || !set_has(live_in(exit), number)) return nullptr;
+  if (first->dfn > exit->dfn) std::swap(first, exit);
+  if (BB *join = join_of_arms(sym, first, exit)) return join;
+  const BB *last = exit->prev;
+  if (first != block->next || first->dfn > last->dfn) return nullptr;
+  if (!other_end(exit->preds, last)) return nullptr;
+  return can_jump_over(sym, block, first, last, exit) ? exit : nullptr;
+}
+
+// The only successor that wants sym, if it comes later in block order.
+BB *wanting_successor(const SYM *sym, const BB *block) {
+  BB *result = nullptr;
+  for (const EDGE *edge = block->succs; edge; edge = edge->next) {
+    if (!set_has(live_in(edge->bb), sym->count)) continue;
+    if (result) return nullptr;
+    result = edge->bb;
+  }
+  return result && result->dfn > block->dfn ? result : nullptr;
+}
+
+// The block in which the search goes on behind block, or none. The edge to it may get a block of
+// its own, which is the result then.
+BB *next_block(const SYM *sym, BB *block) {
+  if (!block->succs || !set_has(live_out(block), sym->count)) return nullptr;
+  const int successors = edge_count(block->succs);
+  if (successors == 1)
+    if (BB *behind = skip_loop(sym, block)) return behind;
+  if (successors == 2)
+    if (BB *behind = skip_branch(sym, block)) return behind;
+  BB *target = wanting_successor(sym, block);
+  if (!target || single_edge(target->preds)) return target;
+  return successors == 1 ? nullptr : split_edge(block, target);
+}
+
+// ------------------------------------------------------------------------------------------------
+// Moving
+
+struct Place {
+  BB *block;
+  LIST *cell;
+};
+
+// Is the statement a chain of assignments that ends in this one?
+bool ends_chain(const NODE *statement, const NODE *assignment) {
+  while (statement->op == ASSIGN && statement != assignment)
+    statement = statement->right;
+  return statement == assignment;
+}
+
+// Only the block's transfer is left behind the statement: a step would gain nothing there.
+bool gains_nothing(const NODE *assignment, const Place &from, const Place &to) {
+  const SYM *sym = assignment->left->u.sym;
+  if (to.block != from.block || to.cell->next || mentions(to.cell->item, sym)) return false;
+  return assignment->op != ASSIGN || mentions(assignment->right, sym);
+}
+
+// The node takes over the contents of its operand, whose record is freed.
+void become(NODE *node, NODE *operand) {
+  *node = *operand;
+  give_node(operand);
+}
+
+// The assignment has gone elsewhere; its value stays.
+void leave_value(NODE *assignment) {
+  if (assignment->op == ASSIGN) {
+    NODE *value = make_conversion(assignment->left->type, assignment->right);
+    value = make_conversion(assignment->type, value);
+    erase_node(assignment->left);
+    become(assignment, value);
+    return;
+  }
+  erase_tree(assignment->right);
+  become(assignment, make_conversion(assignment->type, assignment->left));
+}
+
+void report_move(const NODE *assignment, const Place &from, const Place &to) {
+  if (!state.debug_file) return;
+  debug_print("\n\tDelaying assignment to '%s' from BB %d to BB %d\n",
+              assignment->left->u.sym->name, from.block->dfn, to.block->dfn);
+  debug_print("\tInserting   '%s'\n", tree2infix(assignment));
+  debug_print("\tin front of '%s'\n", tree2infix(to.cell->item));
+}
+
+// Puts the assignment in front of the statement of to.
+void move(NODE *assignment, const Place &from, const Place &to) {
+  if (to.cell == from.cell->next && ends_chain(from.cell->item, assignment)) return;
+  if (gains_nothing(assignment, from, to)) return;
+  report_move(assignment, from, to);
+  LIST *cell = to.cell;
+  cell->next = list_cons(cell->item, cell->next, cell->line, cell->line2);
+  cell->item = discard_value(copy_tree(assignment));
+  cell->line = from.cell->line;
+  cell->line2 = from.cell->line2;
+  leave_value(assignment);
+  delay_moved = true;
+  if (cell->item->op == ASSIGN && cell->next->item->op == ASSIGN) combine_adjacent_asgs(cell);
+}
+
+void report_search(const NODE *assignment, const Place &from) {
+  if (!state.debug_file) return;
+  debug_print("\n\tBB %d (line %d): Considering delaying %s\n", from.block->dfn, from.cell->line2,
+              tree2infix(assignment));
+  dump_blocks(from.block, from.block);
+}
+
+// Looks for the place that the assignment can wait for, and moves it there.
+void delay(NODE *assignment, const Place &from) {
+  const SYM *sym = assignment->left->u.sym;
+  if (from.cell->next && mentions(from.cell->next->item, sym)) return;
+  // x = f(x = 5): what the rest of the statement does to the variable comes first.
+  if (count_mentions(from.cell->item, sym) != count_mentions(assignment, sym)) return;
+  report_search(assignment, from);
+  LIST *last = nullptr;
+  LIST *cell = from.cell->next;
+  BB *block = from.block;
+  for (;;) {
+    for (; cell; cell = cell->next) {
+      if (mentions(cell->item, sym)) return move(assignment, from, {block, cell});
+      last = cell;
+    }
+    BB *next = next_block(sym, block);
+    if (!next) break;
+    block = next;
+    last = nullptr;
+    cell = block->trees;
+  }
+  if (last) move(assignment, from, {block, last});
+}
+
+// ------------------------------------------------------------------------------------------------
+// The function
+
+void delay_in_statement(BB *block, LIST *cell) {
+  NODE *assignment = find_delayable(cell->item, true);
+  if (!assignment) return;
+  delay_moved = false;
+  delay(assignment, {block, cell});
+  if (delay_moved) cell->item = discard_value(simplify_tree(cell->item));
+}
+
+// Returns whether the block has come to be a mere jump.
+bool delay_in_block(BB *block) {
+  LIST *pending = list_reverse_onto(block->trees, nullptr);
+  block->trees = nullptr;
+  while (LIST *cell = pending) {
+    pending = cell->next;
+    cell->next = block->trees;
+    block->trees = cell;
+    delay_in_statement(block, cell);
+    if (cell->item) continue;
+    block->trees = cell->next;
+    give_list(cell);
+  }
+  return block->trees->item->op == BRANCH;
+}
+
+} // namespace
+
+bool delay_assignments() {
+  debug_print("\n\n\t\t\t---------- ENTERING 'delay_assignments' ----------\n");
+  if (options.debug_level > 1) dump_blocks(state.first_bb, nullptr);
+  steps_may_be_delayed = !function_returns_twice();
+  bool graph_changed = false;
+  for (BB *block = state.first_bb->prev;; block = block->prev) {
+    if (block->trees->item->op != BRANCH) graph_changed |= delay_in_block(block);
+    if (block == state.first_bb) return graph_changed;
+  }
+}
+
+} // namespace velkor
