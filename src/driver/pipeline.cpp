@@ -6,10 +6,12 @@
 #include "core/options.h"
 #include "core/state.h"
 #include "icode/function_writer.h"
+#include "loops/propagate_increments.h"
 #include "loops/rotate_loops.h"
 #include "lower/lower_function.h"
 #include "scalar/copyprop.h"
 #include "scalar/fast_cp.h"
+#include "scalar/lcse.h"
 #include "scalar/strip_assertions.h"
 #include "simplify/bit_fields.h"
 #include "simplify/sequencing.h"
@@ -31,10 +33,14 @@ constexpr std::array passes = {
          false, [] { fast_CP(4, true); }},
     Pass{"copyprop_early", "carry copies and known values along, for the dataflow passes", 2,
          Shape::MANY_BLOCKS, false, [] { copyprop(true); }},
-    Pass{"strip_assertions", "take the statements of fact out", 0, Shape::ANY, true,
-         strip_assertions},
     Pass{"copyprop", "carry copies and known values along", 1, Shape::ANY, false,
          [] { copyprop(true); }},
+    Pass{"lcse", "compute common subexpressions of a run of blocks once", 1, Shape::ANY, false,
+         lcse},
+    Pass{"propagate_increments", "fold steps of pointers into the accesses beside them", 1,
+         Shape::ANY, false, propagate_increments},
+    Pass{"strip_assertions", "take the statements of fact out", 0, Shape::ANY, true,
+         strip_assertions},
     Pass{"allocate_regs", "fold tests into assignments, number the virtual registers", 0,
          Shape::ANY, false, allocate_regs},
     Pass{"simpcfg_last", "clean the graph for the last time", 0, Shape::ANY, false,

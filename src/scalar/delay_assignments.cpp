@@ -120,7 +120,31 @@ bool mentions(const NODE *tree, const SYM *sym) {
   return false;
 }
 
-bool block_mentions(const BB *block, const SYM *sym) {
+// Which candidates a block's statements mention at most; of the block at hand, those behind the
+// statement at hand. Takes over a set that nobody needs any more.
+Set &mentioned_in(BB *block) {
+  return uses(block);
+}
+
+void add_mentions(Set set, const NODE *tree) {
+  for (; tree; tree = tree->left) {
+    if (tree->op == NAME) {
+      if (is_candidate(tree->u.sym)) set_add(set, tree->u.sym->count);
+      return;
+    }
+    if (tree->op == ASM && !is_comment_asm(tree)) set_fill(set, live_variables.words);
+    if (tree->right) add_mentions(set, tree->right);
+  }
+}
+
+void find_mentions(BB *block) {
+  set_clear(mentioned_in(block), live_variables.words);
+  for (const LIST *cell = block->trees; cell; cell = cell->next)
+    add_mentions(mentioned_in(block), cell->item);
+}
+
+bool block_mentions(BB *block, const SYM *sym) {
+  if (!set_has(mentioned_in(block), sym->count)) return false;
   for (const LIST *cell = block->trees; cell; cell = cell->next)
     if (mentions(cell->item, sym)) return true;
   return false;
@@ -131,9 +155,8 @@ bool block_mentions(const BB *block, const SYM *sym) {
 
 // From entry straight to exit, by whatever way the blocks first to last offer, which do without
 // sym? Nothing may enter or leave the region elsewhere.
-bool can_jump_over(const SYM *sym, const BB *entry, const BB *first, const BB *last,
-                   const BB *exit) {
-  for (const BB *block = first; block != exit; block = block->next) {
+bool can_jump_over(const SYM *sym, const BB *entry, BB *first, const BB *last, const BB *exit) {
+  for (BB *block = first; block != exit; block = block->next) {
     if (!block || block_mentions(block, sym)) return false;
     for (const EDGE *edge = block->preds; edge; edge = edge->next)
       if (edge->bb->dfn < entry->dfn || edge->bb->dfn > last->dfn) return false;
@@ -152,7 +175,7 @@ BB *other_end(const EDGE *edges, const BB *block) {
 
 // A loop behind block that does without sym: the block behind the loop, or none.
 BB *skip_loop(const SYM *sym, const BB *block) {
-  const BB *header = block->succs->bb;
+  BB *header = block->succs->bb;
   if (block->next != header) return nullptr;
   const BB *latch = other_end(header->preds, block);
   if (!latch) return nullptr;
@@ -162,7 +185,7 @@ BB *skip_loop(const SYM *sym, const BB *block) {
 }
 
 // The block where two arms meet that have no other way in or out, and do without sym.
-BB *join_of_arms(const SYM *sym, const BB *one, const BB *other) {
+BB *join_of_arms(const SYM *sym, BB *one, BB *other) {
   if (!single_edge(one->preds) || !single_edge(other->preds)) return nullptr;
   BB *join = single_edge(one->succs);
   if (!join || single_edge(other->succs) != join || edge_count(join->preds) != 2) return nullptr;
@@ -270,6 +293,7 @@ void move(NODE *assignment, const Place &from, const Place &to) {
   cell->line2 = from.cell->line2;
   leave_value(assignment);
   delay_moved = true;
+  add_mentions(mentioned_in(to.block), cell->item);
   if (cell->item->op == ASSIGN && cell->next->item->op == ASSIGN) combine_adjacent_asgs(cell);
 }
 
@@ -291,8 +315,9 @@ void delay(NODE *assignment, const Place &from) {
   LIST *cell = from.cell->next;
   BB *block = from.block;
   for (;;) {
+    const bool may_mention = set_has(mentioned_in(block), sym->count);
     for (; cell; cell = cell->next) {
-      if (mentions(cell->item, sym)) return move(assignment, from, {block, cell});
+      if (may_mention && mentions(cell->item, sym)) return move(assignment, from, {block, cell});
       last = cell;
     }
     BB *next = next_block(sym, block);
@@ -319,11 +344,13 @@ void delay_in_statement(BB *block, LIST *cell) {
 bool delay_in_block(BB *block) {
   LIST *pending = list_reverse_onto(block->trees, nullptr);
   block->trees = nullptr;
+  set_clear(mentioned_in(block), live_variables.words);
   while (LIST *cell = pending) {
     pending = cell->next;
     cell->next = block->trees;
     block->trees = cell;
     delay_in_statement(block, cell);
+    add_mentions(mentioned_in(block), cell->item);
     if (cell->item) continue;
     block->trees = cell->next;
     give_list(cell);
@@ -336,6 +363,8 @@ bool delay_in_block(BB *block) {
 bool delay_assignments() {
   debug_print("\n\n\t\t\t---------- ENTERING 'delay_assignments' ----------\n");
   if (options.debug_level > 1) dump_blocks(state.first_bb, nullptr);
+  for (BB *block = state.first_bb; block; block = block->next)
+    find_mentions(block);
   steps_may_be_delayed = !function_returns_twice();
   bool graph_changed = false;
   for (BB *block = state.first_bb->prev;; block = block->prev) {

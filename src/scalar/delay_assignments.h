@@ -13,7 +13,8 @@ namespace velkor {
 // the variable are jumped over. Statements may become empty, and edges get blocks of their own.
 //
 // Needs fresh live_in, live_out and candidate numbers (scalar/live_variables.h); live sets are not
-// kept up to date. Returns whether some block has come to be a mere jump: the caller runs simpcfg.
+// kept up to date, and uses is overwritten. Returns whether some block has come to be a mere jump:
+// the caller runs simpcfg.
 [[nodiscard]] bool delay_assignments();
 
 } // namespace velkor

@@ -46,7 +46,8 @@ static int nested(int depth) {
   int result;
   level = depth;
   if (depth > 0) {
-    result = nested(depth - 1) + level;
+    result = nested(depth - 1);
+    result += level;
     level = 50;
   } else {
     result = deepest + level;

@@ -60,9 +60,10 @@ TEST_F(DelayAssignmentsTest, OthersStay) {
   expect_kept({"assign(_z,add(assign(_x,add(_x,1)),_n))", "assign(_y,_n)", "assign(_g1,_x)"});
   expect_kept({"logical_and(_g1,assign(_x,5))", "assign(_y,_n)", "assign(_g1,_x)"});
   expect_kept({"assign(_x,call(address(_fn),assign(_x,5)))", "assign(_y,_n)", "assign(_g1,_x)"});
-  expect_kept({"assign(_y,assign(_x,5))", "assign(_g1,add(_y,_n))"});
+  expect_kept({"assign(_y,assign(_x,5))", "assign(_g1,add(_y,_x))"});
   expect_kept({"assign(deref(increment(_p,4)),0)", "assign(_y,_n)", "assign(_g1,deref(_p))"});
-  expect_kept({"assign(_p,address(_x))", "assign(_x,5)", "assign(_y,_n)", "assign(_g1,_x)"});
+  expect_kept(
+      {"call(address(_fn),address(_x))", "assign(_x,5)", "assign(_y,_n)", "assign(_g1,_x)"});
 }
 
 TEST_F(DelayAssignmentsTest, IncrementsWithoutSuchFormsMove) {
@@ -73,9 +74,8 @@ TEST_F(DelayAssignmentsTest, IncrementsWithoutSuchFormsMove) {
 }
 
 TEST_F(DelayAssignmentsTest, StepsDoNotCrossACallThatComesBackTwice) {
-  std::strcpy(sym("_abs")->name, "_setjmp"[0] == '_' ? "_abs" : "");
   EXPECT_EQ(
-      delay({"assign(_x,add(_x,1))", "xcall:int[setjmp](_n)", "assign(_g1,_x)", "return(_self,_n)"})
+      delay({"assign(_x,add(_x,1))", "xcall[\"setjmp\"](_n)", "assign(_g1,_x)", "return(_self,_n)"})
           .size(),
       5u);
 }
@@ -84,7 +84,7 @@ TEST_F(DelayAssignmentsTest, ArmsThatDoWithoutTheVariableAreJumpedOver) {
   EXPECT_EQ(
       delay({"assign(_x,5)", "if _n L1 L2", "L1:", "assign(_g1,1)", "goto L3",
              "L2:", "assign(_g1,2)", "goto L3", "L3:", "assign(_g2,0)", "return(_self,_x)"}),
-      (Lines{"B1:", "if _n B2 B3", "B2:", "assign(_g1, 1)", "goto B4", "B3:", "assign(_g1, 2)",
+      (Lines{"B1:", "if _n B3 B2", "B2:", "assign(_g1, 2)", "goto B4", "B3:", "assign(_g1, 1)",
              "goto B4", "B4:", "assign(_g2, 0)", "assign(_x, 5)", "return(_self, _x)"}));
   EXPECT_EQ(delay({"assign(_x,5)", "if _n L1 L2", "L1:", "assign(_g1,1)", "goto L2",
                    "L2:", "return(_self,_x)"}),
@@ -119,7 +119,7 @@ TEST_F(DelayAssignmentsTest, AnEdgeGetsABlockOfItsOwn) {
   ASSERT_EQ(moved.size(), 3u);
   EXPECT_EQ(moved[0][0], 'B') << "alone in its block";
   EXPECT_EQ(moved[2].substr(0, 4), "goto");
-  EXPECT_EQ(edges(), "1>2 1>5 2>3 2>6 3>4 5>4") << "checked in both directions";
+  EXPECT_EQ(edges(), "1>3 1>2 2>5 3>6 3>4 4>5") << "checked in both directions";
 }
 
 TEST_F(DelayAssignmentsTest, MovesAreReported) {
@@ -128,7 +128,7 @@ TEST_F(DelayAssignmentsTest, MovesAreReported) {
   const std::string text = debug_text([] { elim_dead_assigns(true, false); });
   for (const char *part : {"\n\n\t\t\t---------- ENTERING 'delay_assignments' ----------\n",
                            "\n\tBB 1 (line 1): Considering delaying x = 5;\n",
-                           "\n\tDelaying assignment to 'x' from BB 1 to BB 1\n"
+                           "\n\tDelaying assignment to '_x' from BB 1 to BB 1\n"
                            "\tInserting   'x = 5;'\n\tin front of 'return x+y;'\n"})
     EXPECT_NE(text.find(part), std::string::npos) << part << text;
 }

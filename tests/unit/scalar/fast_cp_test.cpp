@@ -77,11 +77,11 @@ TEST_F(FastPropagationTest, PointersStep) {
 }
 
 TEST_F(FastPropagationTest, ConstantTemporariesStay) {
-  EXPECT_EQ(
-      propagated({"assign(K$1,address(_x))", "assign(Q$2,7)", "call(address(_fn),K$1)",
-                  "call(address(_fn),Q$2)", "if _z L1 L2", "L1:", "assign(_y,1)",
-                  "L2:", "return(_self,Q$2)"}),
-      (Lines{"call(address(_fn), K$1)", "call(address(_fn), 7)", "if _z", "return(_self, Q$2)"}));
+  EXPECT_EQ(propagated({"assign(K$1,address(_x))", "assign(Q$2,7)", "call(address(_fn),K$1)",
+                        "call(address(_fn),Q$2)", "if _z L1 L2", "L1:", "call(address(_fn),_y)",
+                        "L2:", "return(_self,Q$2)"}),
+            (Lines{"call(address(_fn), K$1)", "call(address(_fn), 7)", "if _z",
+                   "call(address(_fn), _y)", "return(_self, Q$2)"}));
 }
 
 TEST_F(FastPropagationTest, OperandsAreWalkedOnce) {
