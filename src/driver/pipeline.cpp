@@ -9,6 +9,7 @@
 #include "loops/propagate_increments.h"
 #include "loops/rotate_loops.h"
 #include "lower/lower_function.h"
+#include "scalar/copyprop.h"
 #include "scalar/fast_cp.h"
 #include "scalar/lcse.h"
 #include "scalar/strip_assertions.h"
@@ -30,6 +31,10 @@ constexpr std::array passes = {
          expand_bitfields},
     Pass{"fast_CP", "carry constants and copies of single assignments to their uses", 0, Shape::ANY,
          false, [] { fast_CP(4, true); }},
+    Pass{"copyprop_early", "carry copies and known values along, for the dataflow passes", 2,
+         Shape::MANY_BLOCKS, false, [] { copyprop(true); }},
+    Pass{"copyprop", "carry copies and known values along", 1, Shape::ANY, false,
+         [] { copyprop(true); }},
     Pass{"lcse", "compute common subexpressions of a run of blocks once", 1, Shape::ANY, false,
          lcse},
     Pass{"propagate_increments", "fold steps of pointers into the accesses beside them", 1,
