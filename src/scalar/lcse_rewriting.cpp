@@ -114,10 +114,23 @@ NODE *use_temporary(NODE *node, Position &at) {
   return name_of_temporary(node, first->left->u.sym);
 }
 
+bool is_temporary(const NODE *node) {
+  return node->op == NAME && node->u.sym->name[0] == 'C' && node->u.sym->name[1] == '$';
+}
+
+// Has the first occurrence got its temporary already? Then the temporary's statement runs behind
+// the one at hand: operands of a sum may have changed their places since they were numbered.
+bool comes_too_late(const NODE *first) {
+  return is_temporary(first) || (first->op == ASSIGN && is_temporary(first->left));
+}
+
 NODE *rewrite_dupe(NODE *node, Position &at) {
   while (node->op == CSE_DUPE) {
     const NODE *expression = node->right;
-    if (!is_scalar(expression->type) || needs_no_conversion(expression) || expression->op == PMCONV)
+    if (comes_too_late(node->left))
+      undo_all_dupes(node);
+    else if (!is_scalar(expression->type) || needs_no_conversion(expression) ||
+             expression->op == PMCONV)
       undo_dupe(node);
     else if (!cse_worthwhile(expression))
       undo_all_dupes(node);
