@@ -126,21 +126,7 @@ bool select_bits(const Arms &arms) {
 // Two arms as one assignment
 
 bool can_choose_value(Opcode op) {
-  switch (op) {
-  case ASSIGN:
-  case ASG_ADD:
-  case ASG_SUBTRACT:
-  case ASG_MULTIPLY:
-  case ASG_AND:
-  case ASG_OR:
-  case ASG_XOR:
-  case ASG_DIVIDE:
-  case ASG_REMAINDER:
-  case ASG_SHIFT_LEFT:
-  case ASG_SHIFT_RIGHT:
-  case RETURN: return true;
-  default: return false;
-  }
+  return op == RETURN || is_plain_or_compound_assignment(op);
 }
 
 // Will the condition, evaluated as a part of the value, still come ahead of all that the statement

@@ -115,10 +115,6 @@ bool is_cheap(const NODE *transfer) {
 // ------------------------------------------------------------------------------------------------
 // Shapes
 
-bool is_assignment(Opcode op) {
-  return op == ASSIGN || asgop_base(op) != ILLOP;
-}
-
 // Two predecessors that do nearly the same, both reached from one block only, and from the same.
 // They assign to the same object, or do not differ in their opcode; behind that they are equal.
 bool is_diamond_join(const BB *join) {
@@ -132,7 +128,8 @@ bool is_diamond_join(const BB *join) {
   const LIST *first = arms[0]->trees;
   const LIST *second = arms[1]->trees;
   if (first->item->op != second->item->op) return false;
-  if (is_assignment(first->item->op) && !trees_equal(first->item->left, second->item->left, false))
+  if (is_plain_or_compound_assignment(first->item->op) &&
+      !trees_equal(first->item->left, second->item->left, false))
     return false;
   return lists_equal(first->next, second->next);
 }

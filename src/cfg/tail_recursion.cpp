@@ -2,6 +2,7 @@
 
 #include "cfg/graph.h"
 #include "cfg/parallel_assignments.h"
+#include "cfg/returns_twice.h"
 #include "core/fun.h"
 #include "core/nodes.h"
 #include "core/options.h"
@@ -14,7 +15,6 @@
 #include "icode/format.h"
 #include "simplify/simplify.h"
 
-#include <cstring>
 #include <string>
 
 namespace velkor {
@@ -40,15 +40,11 @@ const NODE *accessed_object(const NODE *node) {
   return node;
 }
 
-// An array of the frame that stands for its address, without an address operator; or setjmp, which
-// comes back into the frame.
+// An array of the frame that stands for its address, without an address operator.
 bool escapes(const NODE *tree) {
   for (; tree; tree = tree->left) {
     if ((tree->op == NAME || tree->op == MEMBER) && is_array(tree->type) &&
         is_frame_object(accessed_object(tree)))
-      return true;
-    if (tree->op == NAME && std::strstr(tree->u.sym->name, "setjmp")) return true;
-    if ((tree->op == XCALL || tree->op == UXCALL) && std::strstr(tree->u.name, "setjmp"))
       return true;
     // The right side of a member access names the member, no object.
     if (tree->right && tree->op != MEMBER && tree->op != ARROW && escapes(tree->right)) return true;
@@ -58,6 +54,7 @@ bool escapes(const NODE *tree) {
 
 bool frame_may_be_reached() {
   if (state.local_address_taken || holds_volatile_local(state.local_syms)) return true;
+  if (function_returns_twice()) return true;
   for (const BB *block = state.first_bb; block; block = block->uon_next)
     for (const LIST *cell = block->trees; cell; cell = cell->next)
       if (escapes(cell->item)) return true;

@@ -95,6 +95,14 @@ inline constexpr std::array<OpcodeProperties, 256> opcode_table = [] {
 [[nodiscard]] constexpr bool is_compound_assignment(std::uint8_t op) {
   return asgop_base(op) != ILLOP;
 }
+// x = y and x op= y.
+[[nodiscard]] constexpr bool is_plain_or_compound_assignment(std::uint8_t op) {
+  return op == ASSIGN || is_compound_assignment(op);
+}
+// A call of a function of the program, in any of its forms.
+[[nodiscard]] constexpr bool is_call(std::uint8_t op) {
+  return op == CALL || op == UCALL || op == STCALL || op == USTCALL || op == XCALL || op == UXCALL;
+}
 [[nodiscard]] constexpr int op_precedence(std::uint8_t op) {
   return opcode_table[op].precedence;
 }

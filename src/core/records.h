@@ -147,6 +147,10 @@ struct SYM {
   char *name;         // NUL-terminated, in the same piece of memory
 };
 
+// A NAME of the symbol? The node may be none.
+[[nodiscard]] inline bool is_name_of(const NODE *node, const SYM *sym) {
+  return node && node->op == NAME && node->u.sym == sym;
+}
 [[nodiscard]] inline bool is_const_node(const NODE *node) {
   return is_const_value(node->type, node->qual);
 }

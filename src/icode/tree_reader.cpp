@@ -235,8 +235,7 @@ void note_address(const NODE *node) {
   const NODE *object = node->left;
   while (object->op == MEMBER)
     object = object->left;
-  if (object->op == NAME && is_frame_class(object->u.sym->sclass))
-    state.local_address_taken = true;
+  if (object->op == NAME && is_frame_class(object->u.sym->sclass)) state.local_address_taken = true;
 }
 
 NODE *rewrite(NODE *node) {

@@ -184,10 +184,6 @@ void note_call(const NODE *node) {
              state.cur_fun ? state.cur_fun->name : "");
 }
 
-bool is_call(Opcode op) {
-  return op == CALL || op == UCALL || op == STCALL || op == USTCALL || op == XCALL || op == UXCALL;
-}
-
 // The reader takes exactly as many operands as the table tells; anything else would shift the rest
 // of the file.
 bool has_file_operands(const NODE *node) {

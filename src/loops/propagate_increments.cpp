@@ -31,10 +31,6 @@ bool any_split;  // a statement has been split into two
 // ------------------------------------------------------------------------------------------------
 // Steps
 
-bool is_name_of(const NODE *node, const SYM *sym) {
-  return node->op == NAME && node->u.sym == sym;
-}
-
 // p = p + k
 bool is_step(const NODE *statement) {
   if (statement->op != ASSIGN || statement->left->op != NAME) return false;

@@ -192,10 +192,6 @@ NODE *DeadWalk::walk_increment(NODE *tree, Use use) {
   return walk(value, use);
 }
 
-bool is_name_of(const NODE *node, const SYM *sym) {
-  return node->op == NAME && node->u.sym == sym;
-}
-
 // p = p + K and p = p - K, as the address of an access.
 bool is_step_ahead(const NODE *address) {
   if (address->op != ASSIGN || address->left->op != NAME) return false;

@@ -29,10 +29,6 @@ bool is_local_candidate(const NODE *node) {
          is_scalar(node->u.sym->stype);
 }
 
-bool is_name_of(const NODE *node, const SYM *sym) {
-  return node->op == NAME && node->u.sym == sym;
-}
-
 bool yields_constant(const NODE *value) {
   while (value->op == SCONV || value->op == PCONV)
     value = value->left;

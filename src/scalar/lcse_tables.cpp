@@ -139,18 +139,6 @@ bool has_number(const NODE *operand) {
   return !operand || operand->nsize != 0;
 }
 
-bool is_call(Opcode op) {
-  switch (op) {
-  case CALL:
-  case UCALL:
-  case STCALL:
-  case USTCALL:
-  case XCALL:
-  case UXCALL: return true;
-  default: return false;
-  }
-}
-
 bool is_blocked_call(const NODE *call) {
   switch (call->op) {
   case UXCALL: return false;

@@ -87,10 +87,6 @@ struct LocalSets {
 };
 LocalSets local;
 
-bool is_name_of(const NODE *node, const SYM *sym) {
-  return node && node->op == NAME && node->u.sym == sym;
-}
-
 // x = x op e: when x is dead behind it the whole statement goes, so it does not keep x alive. An
 // access with effects in the right side would stay, and x with it: p = p->next where next is
 // volatile.
@@ -114,10 +110,6 @@ bool reaches(const FUN *from, const FUN *to) {
   if (!to || to->cg_number < 0) return false;
   const auto number = static_cast<unsigned>(to->cg_number);
   return (from->reach[number >> 5] >> (number & 31) & 1) != 0;
-}
-
-bool is_compound_assignment(const NODE *node) {
-  return asgop_base(node->op) != ILLOP;
 }
 
 // What the statement reads before the block assigns it. self: at the root of a statement, in
@@ -150,7 +142,7 @@ void local_lva_uses(NODE *tree, bool self) {
         set_union(local.uses, live_variables.static_candidates, live_variables.words);
       return;
     default:
-      if (!self || !is_compound_assignment(tree) || tree->left->op != NAME) break;
+      if (!self || !is_compound_assignment(tree->op) || tree->left->op != NAME) break;
       local_lva_uses(tree->right, false);
       return;
     }

@@ -56,10 +56,6 @@ NODE *value_of_target(const NODE *assignment) {
 // ------------------------------------------------------------------------------------------------
 // Assignments, in front
 
-bool is_assignment(const NODE *node) {
-  return node->op == ASSIGN || asgop_base(node->op) != ILLOP;
-}
-
 bool is_test_against_zero(const NODE *node) {
   switch (node->op) {
   case EQ:
@@ -95,7 +91,7 @@ NODE *Extraction::walk(NODE *tree, bool nested) {
     erase_node(tree);
     tree = rest;
   }
-  if (is_assignment(tree)) {
+  if (is_plain_or_compound_assignment(tree->op)) {
     if (nested && can_move(tree->left, has_hidden_stores)) {
       NODE *value = value_of_target(tree);
       put_in_front(tree);

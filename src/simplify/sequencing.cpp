@@ -139,20 +139,8 @@ bool is_left_over(const NODE *tree) {
 // ------------------------------------------------------------------------------------------------
 // Calls that never return
 
-bool is_call(const NODE *tree) {
-  switch (tree->op) {
-  case CALL:
-  case UCALL:
-  case STCALL:
-  case USTCALL:
-  case XCALL:
-  case UXCALL: return true;
-  default: return false;
-  }
-}
-
 bool never_returns(const NODE *tree) {
-  if (options.opt_level < 1 || !is_call(tree)) return false;
+  if (options.opt_level < 1 || !is_call(tree->op)) return false;
   const FUN *fun = fun_of_call(tree);
   return fun && (fun->flags & FUN_never_returns);
 }
