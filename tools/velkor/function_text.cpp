@@ -137,16 +137,18 @@ std::string difference(const std::vector<std::string> &before,
   const CommonLines common(a, b);
   std::size_t i = 0;
   std::size_t j = 0;
-  bool changed_before = true; // is the line ahead one that differs?
+  std::size_t equal = 0; // equal lines since the last one that differs
   while (i < a.size() || j < b.size()) {
     if (i < a.size() && j < b.size() && a[i] == b[j]) {
-      if (changed_before) add_line(out, ' ', a[i]);
-      changed_before = false;
+      if (equal == 0) add_line(out, ' ', a[i]);
+      ++equal;
       ++i;
       ++j;
       continue;
     }
-    changed_before = true;
+    if (equal > 2) out += "  ...\n";
+    if (equal > 1) add_line(out, ' ', a[i - 1]);
+    equal = 0;
     if (j == b.size() || (i < a.size() && common.at(i + 1, j) >= common.at(i, j + 1)))
       add_line(out, '-', a[i++]);
     else

@@ -10,8 +10,8 @@ namespace velkor::tool {
 // are no blocks yet.
 [[nodiscard]] std::vector<std::string> function_text();
 
-// The lines that differ, each with "- " or "+ " in front, and the lines next to them. Empty when
-// both are the same.
+// The lines that differ, each with "- " or "+ " in front, and the lines next to them; "..." stands
+// for equal lines further away. Empty when both are the same.
 [[nodiscard]] std::string difference(const std::vector<std::string> &before,
                                      const std::vector<std::string> &after);
 
