@@ -36,6 +36,20 @@ TEST_F(GraphTest, SwitchesHaveADefault) {
   EXPECT_EQ(graph()[1], "if ne(_x, 1) B2 B3");
 }
 
+TEST_F(GraphTest, PragmasStandBehindTheParameterCopies) {
+  std::string error;
+  for (const char *line : {"symbol _x register_parameter int", "symbol _y register_parameter int"})
+    ASSERT_TRUE(symbols.declare(line, 1, error)) << error;
+  for (const char *line : {"assign(_x,_x@1.0)", "", "assign(_y,_y@1.1)", "", "assign(_z,1)"})
+    state.statements = list_cons(*line ? tree(line) : node(PPRAGMA, nullptr, nullptr, VOID),
+                                 state.statements, 1, 1);
+  build_cfg();
+  std::vector<int> opcodes;
+  for (const LIST *cell = state.first_bb->trees; cell; cell = cell->next)
+    opcodes.push_back(cell->item->op);
+  EXPECT_EQ(opcodes, (std::vector<int>{ASSIGN, ASSIGN, PPRAGMA, PPRAGMA, ASSIGN, BRANCH}));
+}
+
 TEST_F(GraphTest, NumbersFollowChanges) {
   build({"if _x L1 L2", "L1:", "assign(_x,1)", "L2:", "assign(_x,2)"});
   BB *entry = state.first_bb;
