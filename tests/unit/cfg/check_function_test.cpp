@@ -123,7 +123,7 @@ TEST_F(CheckFunctionTest, TheEndsOfAMachineLoopNameANumber) {
     return end;
   };
   body()->trees = list_cons(numbered("loop(_x, 1)"), body()->trees, 1, 1);
-  last_cell(test())->item->left = numbered("endloop(asg_subtract(_x, 1), 1)");
+  last_cell(test())->item->left = numbered("endloop:int(asg_subtract(_x, 1), 1)");
   EXPECT_EQ(verdict(), "");
   last_cell(body())->item->left->aux.label = nullptr;
   EXPECT_EQ(verdict(), "a label reference without a label (block 3");

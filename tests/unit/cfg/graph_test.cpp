@@ -37,12 +37,12 @@ TEST_F(GraphTest, SwitchesHaveADefault) {
 }
 
 TEST_F(GraphTest, PragmasStandBehindTheParameterCopies) {
-  std::string error;
-  for (const char *line : {"symbol _x register_parameter int", "symbol _y register_parameter int"})
-    ASSERT_TRUE(symbols.declare(line, 1, error)) << error;
-  for (const char *line : {"assign(_x,_x@1.0)", "", "assign(_y,_y@1.1)", "", "assign(_z,1)"})
-    state.statements = list_cons(*line ? tree(line) : node(PPRAGMA, nullptr, nullptr, VOID),
-                                 state.statements, 1, 1);
+  const auto copy = [&](const char *home) {
+    return make_assign(name(sym(home)), name(symbol(home, INT, 1, C_REGPARM)));
+  };
+  const auto pragma = [] { return node(PPRAGMA, nullptr, nullptr, VOID); };
+  for (NODE *statement : {copy("_x"), pragma(), copy("_y"), pragma(), tree("assign(_z,1)")})
+    state.statements = list_cons(statement, state.statements, 1, 1);
   build_cfg();
   std::vector<int> opcodes;
   for (const LIST *cell = state.first_bb->trees; cell; cell = cell->next)
