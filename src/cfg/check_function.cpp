@@ -55,7 +55,7 @@ struct Check {
       if (resolved && types_fit) fault(what);
       types_fit_so_far = false;
     }
-    if (resolved && node->op == LABELREF) check_labelref(node);
+    if (resolved && node->op == LABELREF && !pairs_loop_ends(node, parent)) check_labelref(node);
   }
 
   void check_tree(const NODE *tree, const NODE *parent) {
@@ -66,6 +66,11 @@ struct Check {
       parent = tree;
       tree = tree->left;
     }
+  }
+
+  // The two ends of a machine loop name each other by a number that belongs to no block.
+  static bool pairs_loop_ends(const NODE *labelref, const NODE *parent) {
+    return !labelref->aux.label && parent && (parent->op == LOOP || parent->op == ENDLOOP);
   }
 
   void check_labelref(const NODE *node) const {
@@ -162,7 +167,7 @@ struct Check {
 
   static void collect_targets(const NODE *tree, std::vector<std::int32_t> &targets) {
     for (; tree; tree = tree->left) {
-      if (tree->op == LABELREF) targets.push_back(target_block(tree)->dfn);
+      if (tree->op == LABELREF && tree->aux.label) targets.push_back(target_block(tree)->dfn);
       if (tree->right) collect_targets(tree->right, targets);
     }
   }

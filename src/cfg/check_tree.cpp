@@ -67,7 +67,7 @@ const char *place_fault(const NODE *node, const NODE *parent) {
   switch (node->op) {
   case LABELREF:
     return above == BRANCH || above == DEFAULT || above == CASE || above == CBRANCH ||
-                   above == COMMA || above == ENDLOOP
+                   above == COMMA || above == LOOP || above == ENDLOOP
                ? nullptr
                : "a label inside an expression";
   case CASE:

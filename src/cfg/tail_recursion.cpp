@@ -15,6 +15,7 @@
 #include "icode/format.h"
 #include "simplify/simplify.h"
 
+#include <optional>
 #include <string>
 
 namespace velkor {
@@ -71,10 +72,19 @@ struct TailCall {
   const NODE *call = nullptr;
 };
 
+// Does the block return without a value at once? But for the exit block's own, returns have become
+// jumps to it.
+bool returns_at_once(const BB *block) {
+  if (!block->trees) return false;
+  const NODE *first = block->trees->item;
+  return first->op == URETURN ||
+         (first->op == BRANCH && target_block(first->left) == state.exit_bb);
+}
+
 bool leads_to_return(const BB *block) {
   if (!block->succs) return true;
   const BB *target = single_edge(block->succs);
-  return target && target->trees && target->trees->item->op == URETURN;
+  return target && returns_at_once(target);
 }
 
 TailCall find_last_call(BB *block) {
@@ -116,6 +126,7 @@ NODE *assign_argument(const NODE *copy, const NODE *argument) {
   return assignment;
 }
 
+// A struct is passed in a form that is no value, so no assignment can take it over.
 bool arguments_match(const NODE *prologue, const NODE *arguments) {
   if (arguments->op != COMMA)
     return prologue->op != PCOMMA && copies_parameter(prologue) && is_scalar(arguments->type);
@@ -202,31 +213,38 @@ void jump_to_loop_head(BB *block) {
   source->succs = edge_cons(head, nullptr);
 }
 
-// Tries the block's last call; returns whether it went.
-bool remove_tail_call(BB *block) {
-  if (!leads_to_return(block)) return false;
+// Whether the frame may be reached takes a look at the whole function, so it is asked once, and
+// only where there is a call to remove.
+using FrameAnswer = std::optional<bool>;
+
+bool frame_is_private(FrameAnswer &reached) {
+  if (!reached) reached = frame_may_be_reached();
+  return !*reached;
+}
+
+void try_tail_call(BB *block, FrameAnswer &reached) {
+  if (!leads_to_return(block)) return;
   const TailCall found = find_last_call(block);
-  if (!calls_current_function(found.call)) return false;
+  if (!calls_current_function(found.call)) return;
   const NODE *prologue = state.first_bb->trees->item;
   NODE *assignments = nullptr;
   if (found.call->op == CALL) {
-    if (!arguments_match(prologue, found.call->right)) return false;
+    if (!arguments_match(prologue, found.call->right) || !frame_is_private(reached)) return;
     assignments = match_arguments(prologue, found.call->right);
-  } else if (is_param_copy(prologue)) {
-    return false; // fewer arguments than parameters
+  } else if (is_param_copy(prologue) || !frame_is_private(reached)) {
+    return; // fewer arguments than parameters, or a frame that another activation would share
   }
-  if (frame_may_be_reached()) return false;
   if (assignments) assignments = simplify_tree(sequence_parallel_assignments(assignments));
   replace_call(block, found, assignments);
   jump_to_loop_head(block);
-  return true;
 }
 
 } // namespace
 
 void remove_tail_recursion() {
+  FrameAnswer reached;
   for (BB *block = state.first_bb; block; block = block->uon_next)
-    if (block->trees) remove_tail_call(block);
+    if (block->trees) try_tail_call(block, reached);
 }
 
 } // namespace velkor

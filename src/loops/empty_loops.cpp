@@ -13,6 +13,7 @@
 #include "core/options.h"
 #include "core/output.h"
 #include "core/questions.h"
+#include "icode/format.h"
 #include "loops/touched_by.h"
 #include "simplify/patterns.h"
 
@@ -210,7 +211,8 @@ void leave_loop(LIST *cell, NODE *assignment) {
   cell->item = assignment;
   cell->next = list_cons(branch, cell->next, cell->line, cell->line2);
   if (options.opt_source_comments) {
-    NODE *comment = make_asm('/', ";       ----------------------- /* EMPTY LOOP DELETED */ ");
+    NODE *comment =
+        make_asm(RECORD_COMMENT, ";       ----------------------- /* EMPTY LOOP DELETED */ ");
     cell->next = list_cons(comment, cell->next, cell->line, cell->line2);
   }
 }

@@ -50,7 +50,8 @@ void read_demanded_part(NODE *shift, std::uint32_t mask) {
   }
 }
 
-// x >> 24, x >> 16  ->  the highest byte or halfword, signed
+// x >> 24, x >> 16  ->  the highest byte or halfword, signed. Of an unsigned x zeros come in from
+// above, where such a part would bring copies of its highest bit.
 void read_top_part(NODE *shift, std::uint32_t mask) {
   const std::int32_t count = count_of(shift);
   const TypeWord operand = shift->left->type;

@@ -41,7 +41,9 @@ Outcome factor_out_of_sum(NODE *&node, const Position &at) {
     return Outcome::NEXT;
   const std::int32_t factor = product->right->u.lval;
   // The most negative word has no quotient by -1.
-  if (factor == 0 || factor == -1 || addend->u.lval % factor != 0) return Outcome::NEXT;
+  constexpr std::int32_t most_negative = std::numeric_limits<std::int32_t>::min();
+  if (factor == 0 || (factor == -1 && addend->u.lval == most_negative)) return Outcome::NEXT;
+  if (addend->u.lval % factor != 0) return Outcome::NEXT;
   addend->u.lval /= factor;
   raise_product(node, at);
   return Outcome::AGAIN;
@@ -59,15 +61,29 @@ Outcome add_to_fixed_address(NODE *&node, const Position &) {
   return Outcome::DONE;
 }
 
+// x * K as PMCONV can say it. PMCONV works on words: a narrow product would have been cut.
+bool is_scaled_index(const NODE *product) {
+  return product->op == MULTIPLY && is_icon(product->right) && is_word_integer(product->type) &&
+         fits_scaling(product->right->u.lval);
+}
+
+// PMCONV(x * K, 8)  ->  x * K. A sum that has had its types settled ahead of lowering counts its
+// bytes so; the product in it is what says by what to scale.
+void take_byte_count_off(NODE *&operand) {
+  if (operand->op != PMCONV || !is_icon_of(operand->right, 8)) return;
+  if (!is_scaled_index(operand->left)) return;
+  erase_node(operand->right);
+  operand = replace_by_left(operand);
+}
+
 // p + x * K  ->  PMCONV(x, K * 8) + p: the product counts bytes, PMCONV bits
 Outcome scale_index(NODE *&node, const Position &) {
   if (!is_pointer(node->type)) return Outcome::NEXT;
+  take_byte_count_off(node->right);
   if (node->right->op == MULTIPLY) std::swap(node->left, node->right);
+  take_byte_count_off(node->left);
   NODE *product = node->left;
-  if (product->op != MULTIPLY || !is_icon(product->right)) return Outcome::NEXT;
-  // PMCONV works on words: a narrow product would have been cut.
-  if (!is_word_integer(product->type) || !fits_scaling(product->right->u.lval))
-    return Outcome::NEXT;
+  if (!is_scaled_index(product)) return Outcome::NEXT;
   product->op = PMCONV;
   set_type(product, INT);
   set_icon(product->right, product->right->u.lval * 8, INT);

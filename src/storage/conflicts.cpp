@@ -155,6 +155,7 @@ private:
     const NODE *source = parameter_value(tree->right);
     if (!source || !is_candidate(x)) return;
     const SYM *parameter = source->u.sym;
+    // A parameter lives until its own home is filled: no home that is filled earlier may lie on it.
     if (is_candidate(parameter)) set_add(live_, parameter->count);
     if (std::strcmp(x->name, parameter->name) != 0) {
       keep_as_referenced(x);

@@ -116,6 +116,19 @@ TEST_F(CheckFunctionTest, EveryBlockStandsInTheOrderOfCreation) {
   EXPECT_EQ(verdict(), "") << "an unreachable block stays there without statements";
 }
 
+TEST_F(CheckFunctionTest, TheEndsOfAMachineLoopNameANumber) {
+  const auto numbered = [&](const char *line) {
+    NODE *end = tree(line);
+    end->right = make_labelref(9);
+    return end;
+  };
+  body()->trees = list_cons(numbered("loop(_x, 1)"), body()->trees, 1, 1);
+  last_cell(test())->item->left = numbered("endloop:int(asg_subtract(_x, 1), 1)");
+  EXPECT_EQ(verdict(), "");
+  last_cell(body())->item->left->aux.label = nullptr;
+  EXPECT_EQ(verdict(), "a label reference without a label (block 3");
+}
+
 TEST_F(CheckFunctionTest, EdgesAgree) {
   leave()->preds = erase_edges(leave()->preds);
   EXPECT_EQ(verdict(), "an edge that its target does not know (block 2");

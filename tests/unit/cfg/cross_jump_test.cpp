@@ -126,6 +126,32 @@ TEST_F(CrossJumpTest, RepeatedTestsAreShared) {
             3);
 }
 
+TEST_F(CrossJumpTest, TheDebugFileTellsWhichBlocksGo) {
+  const auto told = [&](const Lines &input) {
+    build(input);
+    return debug_text([] {
+      cross_jump();
+      merge_repeated_ifs();
+    });
+  };
+  const std::string banner = "\n\n\t\t\t---------- ENTERING 'cross_jump' ----------\n";
+  EXPECT_EQ(
+      told({"if _x L1 L2", "L1:", "assign(_z,1)", "return(_self,_y)", "L2:", "assign(_y,2)",
+            "if _z L3 L4", "L3:", "return(_self,_x)", "L4:", "assign(_z,1)", "return(_self,_y)"}),
+      banner + "\n\tBB 2 is redundant with BB 5\n"
+               "\n\t    BB 2:  g2\n\t    BB 2:   \tz = 1;\n\t    BB 2:   \treturn y;\n"
+               "\n\t    BB 5:  g5\n\t    BB 5:   \tz = 1;\n\t    BB 5:   \treturn y;\n");
+  EXPECT_EQ(told({"if _x L1 L2", "L1:", "assign(_z,1)", "goto L3", "L2:", "assign(_y,2)",
+                  "if _z L3 L4", "L4:", "assign(_z,1)", "L3:", "return(_self,_y)"}),
+            banner + "\n\tBB 3 is redundant with BB 4\n"
+                     "\n\t    BB 3:  g3\n\t    BB 3:   \tz = 1;\n\t    BB 3:   \tgoto g5;\n"
+                     "\n\t    BB 4:  g4\n\t    BB 4:   \tz = 1;\n");
+  EXPECT_EQ(told({"if _z L1 L2", "L1:", "assign(_x,1)", "if lt(_x,_y) L3 L4", "L2:", "assign(_x,2)",
+                  "if gt(_y,_x) L3 L4", "L3:", "return(_self,_x)", "L4:", "return(_self,_y)"}),
+            banner + "\n\tIF in bb 2 is redundant with bb 3:\n\t\tif ( y > x ) goto g4; else goto "
+                     "g5;\n");
+}
+
 TEST_F(CrossJumpTest, OnlyTheLastCleanUpShares) {
   build(two_equal_arms);
   simpcfg(0);

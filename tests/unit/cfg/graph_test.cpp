@@ -36,6 +36,20 @@ TEST_F(GraphTest, SwitchesHaveADefault) {
   EXPECT_EQ(graph()[1], "if ne(_x, 1) B2 B3");
 }
 
+TEST_F(GraphTest, PragmasStandBehindTheParameterCopies) {
+  const auto copy = [&](const char *home) {
+    return make_assign(name(sym(home)), name(symbol(home, INT, 1, C_REGPARM)));
+  };
+  const auto pragma = [] { return node(PPRAGMA, nullptr, nullptr, VOID); };
+  for (NODE *statement : {copy("_x"), pragma(), copy("_y"), pragma(), tree("assign(_z,1)")})
+    state.statements = list_cons(statement, state.statements, 1, 1);
+  build_cfg();
+  std::vector<int> opcodes;
+  for (const LIST *cell = state.first_bb->trees; cell; cell = cell->next)
+    opcodes.push_back(cell->item->op);
+  EXPECT_EQ(opcodes, (std::vector<int>{ASSIGN, ASSIGN, PPRAGMA, PPRAGMA, ASSIGN, BRANCH}));
+}
+
 TEST_F(GraphTest, NumbersFollowChanges) {
   build({"if _x L1 L2", "L1:", "assign(_x,1)", "L2:", "assign(_x,2)"});
   BB *entry = state.first_bb;

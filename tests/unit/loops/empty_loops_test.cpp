@@ -87,6 +87,32 @@ TEST_F(EmptyLoopTest, BoundsThatMayNotBeWhereTheLoopEnds) {
   EXPECT_EQ(removed({"assign(_i,0)"}, {count[0], count[0]}, "lt(_i,10)"), nothing);
 }
 
+TEST_F(EmptyLoopTest, TheMarksOfAMachineLoopGoWithIt) {
+  const Lines left = {"assign(_y, 3)", "assign(_n, 0)", "goto B3"};
+  EXPECT_EQ(
+      removed({"assign(_n,_z)"}, {"loop(_n,1)", "assign(_y,3)"}, "endloop(asg_subtract(_n,1),1)"),
+      left);
+  EXPECT_EQ(
+      removed({"assign(_n,_z)"}, {"assign(_y,3)", "loop(_n,1)"}, "endloop(asg_subtract(_n,1),1)"),
+      nothing)
+      << "only at the head of the block";
+}
+
+TEST_F(EmptyLoopTest, TheListingAndTheDebugFileTellOfIt) {
+  options.opt_source_comments = true;
+  options.debug_level = 1;
+  Lines left;
+  const std::string text =
+      debug_text([&] { left = removed({"assign(_n,_z)"}, {"loop(_n,1)"}, "asg_subtract(_n,1)"); });
+  EXPECT_EQ(left, (Lines{"assign(_n, 0)",
+                         "comment ;       ----------------------- /* EMPTY LOOP DELETED */ ",
+                         "goto B3"}));
+  EXPECT_NE(text.find("\t\tThe loop [2] is essentially empty.\n"), std::string::npos);
+  const LIST *assignment = state.first_bb->next->trees;
+  for (const LIST *cell = assignment; cell; cell = cell->next)
+    EXPECT_EQ(cell->line2, 4) << "the line of the test";
+}
+
 TEST_F(EmptyLoopTest, TheCleanUpFindsThem) {
   options.opt_level = 2;
   build({"assign(_i,0)", "L1:", "if lt(_i,10) L2 L3", "L2:", "assign(_y,1)", "assign(_i,add(_i,1))",

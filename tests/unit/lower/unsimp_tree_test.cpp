@@ -40,6 +40,8 @@ TEST_F(UnsimpTreeTest, ProductsBecomeShifts) {
       {"add(multiply(_x, 3), 6)", "multiply(add(_x, 2), 3)"},
       {"add(multiply(_x, 8), -16)", "subtract(shift_left(_x, 3), 16)"},
       {"add(multiply(_x, 3), 7)", nullptr},
+      {"add(multiply(_x, -1), 6)", "multiply(subtract(_x, 6), -1)"},
+      {"add(multiply(_x, -1), -2147483648)", nullptr}, // no quotient
       {"multiply(recip(_d), _e)", "divide(_e, _d)"},
       {"multiply(_e, recip:float(_f))", "multiply(_e, divide:float(fcon:float[\"+1.0\"], _f))"},
       {"divide(subtract:int(_p, _q), 4)", "pvconv(subtract:int(_p, _q), 32)"},
@@ -62,6 +64,20 @@ TEST_F(UnsimpTreeTest, PointersAreScaled) {
       {"assign(_p:char*, _cp)", nullptr}, // a place is no value
       {"address(sconv:char(_x))", "pconv:char*(address(_x))"},
       {"deref(address(pconv:char*(_p)))", "deref(pconv:char**(address(_p)))"},
+  });
+}
+
+TEST_F(UnsimpTreeTest, IndicesThatCountBytesAlreadyAreScaledAlike) {
+  expect_lowered({
+      {"add:int*(_p, pmconv(multiply(_i, 4), 8))", "add:int*(pmconv(_i, 32), _p)"},
+      {"add:int*(pmconv(multiply(bit_and(_n, 1), 4), 8), address(_a))",
+       "add:int*(pmconv(bit_and(_n, 1), 32), address(_a))"},
+      {"add:int*(add:int*(_p, pmconv(multiply(_i, 12), 8)), pmconv(4, 8))",
+       "add:int*(add:int*(pmconv(_i, 96), _p), pmconv(4, 8))"},
+      {"add:int*(_p, pmconv(_i, 8))", nullptr},
+      {"add:int*(_p, pmconv(multiply(_i, 4), 16))", nullptr},
+      {"add:int*(_p, pmconv(multiply(_i, -4), 8))", nullptr},
+      {"add:int*(_p, pmconv(multiply:short(_s, 4), 8))", nullptr}, // cut to 16 bits
   });
 }
 
