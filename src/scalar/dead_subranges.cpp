@@ -440,14 +440,18 @@ NODE *walk(NODE *tree, Use use) {
 // ------------------------------------------------------------------------------------------------
 // Blocks
 
+// In Y$1 = (s.a = e), the form that a store has whose value is read later, s.a counts as well.
 void seed_from_statement(const NODE *statement) {
   if (statement->op == LABELDEF || !statement->left) return;
-  switch (statement->left->op) {
-  case NAME:
-  case DEREF:
-  case MEMBER:
-  case ARROW: add_dead(statement->left, Origin::END); return;
-  default: return;
+  for (;; statement = statement->right) {
+    switch (statement->left->op) {
+    case NAME:
+    case DEREF:
+    case MEMBER:
+    case ARROW: add_dead(statement->left, Origin::END); break;
+    default: break;
+    }
+    if (statement->op != ASSIGN || statement->right->op != ASSIGN) return;
   }
 }
 
