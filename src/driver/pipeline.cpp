@@ -10,9 +10,11 @@
 #include "loops/rotate_loops.h"
 #include "lower/lower_function.h"
 #include "scalar/copyprop.h"
+#include "scalar/dead_subranges.h"
 #include "scalar/fast_cp.h"
 #include "scalar/lcse.h"
 #include "scalar/strip_assertions.h"
+#include "scalar/subrange_loads.h"
 #include "simplify/bit_fields.h"
 #include "simplify/sequencing.h"
 #include "storage/allocate_regs.h"
@@ -33,6 +35,10 @@ constexpr std::array passes = {
          false, [] { fast_CP(4, true); }},
     Pass{"copyprop_early", "carry copies and known values along, for the dataflow passes", 2,
          Shape::MANY_BLOCKS, false, [] { copyprop(true); }},
+    Pass{"lcse_subrange_assignments", "replace loads by what the block has stored there", 1,
+         Shape::ANY, false, lcse_subrange_assignments},
+    Pass{"elim_dead_subrange_assigns", "remove stores that are overwritten before any read", 1,
+         Shape::ANY, false, elim_dead_subrange_assigns},
     Pass{"copyprop", "carry copies and known values along", 1, Shape::ANY, false,
          [] { copyprop(true); }},
     Pass{"lcse", "compute common subexpressions of a run of blocks once", 1, Shape::ANY, false,

@@ -106,16 +106,28 @@ bool can_be_last_store(const NODE *assignment) {
   return fits_bit_field(place, value);
 }
 
+// x = y = e: has the store to y changed memory since e was computed?
+bool stores_on_the_way(const NODE *assignment) {
+  for (; passes_value_on(assignment); assignment = assignment->right) {
+    const NODE *inner = assignment->right->left;
+    if (inner->op != NAME || inner->u.sym->fcp_flag) return true;
+  }
+  return false;
+}
+
 } // namespace
 
 void offer_assignment(const NODE *assignment) {
   const NODE *target = assignment->left;
-  if (!can_be_available(target, value_source(assignment)->right)) return;
   const NODE *value = value_source(assignment)->right;
+  if (!can_be_available(target, value)) return;
+  const bool reads_memory = !is_stable(value, nullptr);
+  // In x = (*p = *q + 1), what *q reads may not be there any more.
+  if (reads_memory && stores_on_the_way(assignment)) return;
   const std::size_t place = tables.available_ASGs.size();
   tables.available_ASGs.push_back(copy_tree(assignment));
   tables.newest[target->u.sym] = place;
-  if (!is_stable(value, nullptr)) tables.memory_values.push_back(place);
+  if (reads_memory) tables.memory_values.push_back(place);
   if (is_constant_temporary(target->u.sym)) tables.temporaries.push_back(place);
 }
 

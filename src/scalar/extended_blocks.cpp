@@ -2,6 +2,7 @@
 
 #include "cfg/graph.h"
 #include "core/questions.h"
+#include "core/state.h"
 
 namespace velkor {
 namespace {
@@ -31,6 +32,13 @@ BB *next_walked_block(const BB *block) {
   while (next && only_leaves(next))
     next = next->next;
   return next;
+}
+
+BB *previous_walked_block(const BB *block) {
+  BB *previous = block->prev;
+  while (previous != state.first_bb && only_leaves(previous))
+    previous = previous->prev;
+  return previous;
 }
 
 bool continues_extended_block(const BB *block, const BB *next) {

@@ -12,6 +12,10 @@ namespace velkor {
 // over.
 [[nodiscard]] BB *next_walked_block(const BB *block);
 
+// The same backward, for a block that is not the first one. It ends at the first block, whatever
+// stands there.
+[[nodiscard]] BB *previous_walked_block(const BB *block);
+
 // Is next entered from block alone? False when there is no next block.
 [[nodiscard]] bool continues_extended_block(const BB *block, const BB *next);
 

@@ -1,9 +1,14 @@
 #include "scalar/subranges.h"
 
+#include "core/fun.h"
 #include "core/options.h"
+#include "core/output.h"
 #include "core/questions.h"
+#include "core/state.h"
 #include "core/zones.h"
+#include "diag/infix.h"
 
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -113,7 +118,7 @@ bool overlaps(const SUBRANGE *a, const SUBRANGE *b) {
 bool range_is_hit(const SUBRANGE *entry, const SUBRANGE *store) {
   switch (store->base->op) {
   case NAME:
-    return entry->base->op == NAME && entry->base->u.sym == store->base->u.sym &&
+    return entry->base->op == NAME && is_same_object(entry->base->u.sym, store->base->u.sym) &&
            overlaps(entry, store);
   case ICON: return entry->base->op == ICON;
   default: return true;
@@ -145,6 +150,23 @@ bool types_may_share_storage(TypeWord a, TypeWord b) {
   if (a == b) return true;
   if (is_pointer(a) && is_pointer(b)) return true;
   return is_integer(a) && is_integer(b) && type_width(a) == type_width(b);
+}
+
+// ------------------------------------------------------------------------------------------------
+// Calls
+
+bool is_block_extern(const SYM *sym) {
+  return sym->level > 0 && (sym->sclass == C_EXT || sym->sclass == C_EXTDEF);
+}
+
+bool calls_pure_function(const NODE *call) {
+  if (!is_call(call->op)) return false;
+  const FUN *fun = fun_of_call(call);
+  return fun && (fun->flags & FUN_is_pure_fun);
+}
+
+bool is_static_local(const SYM *sym) {
+  return sym->sclass == C_STAT && sym->level == 2;
 }
 
 } // namespace
@@ -227,6 +249,56 @@ SUBRANGE *subranges_kill_by_type(const NODE *store, SUBRANGE *chain) {
     }
   }
   return chain;
+}
+
+SUBRANGE *subranges_kill_at_call(const NODE *call, SUBRANGE *chain) {
+  if (calls_pure_function(call)) return chain;
+  // Text for the assembler may call whatever a function of another file may call.
+  const bool may_reenter = call->op == ASM || call_may_reenter(call);
+  SUBRANGE **link = &chain;
+  while (SUBRANGE *entry = *link) {
+    const SYM *base = entry->base->op == NAME ? entry->base->u.sym : nullptr;
+    const bool survives = base && !base->fcp_flag &&
+                          (base->sclass == C_AUTO || (is_static_local(base) && !may_reenter));
+    if (survives) {
+      link = &entry->next;
+    } else {
+      *link = entry->next;
+      give_subrange(entry);
+    }
+  }
+  return chain;
+}
+
+bool is_same_object(const SYM *a, const SYM *b) {
+  if (a == b) return true;
+  if (!is_block_extern(a) && !is_block_extern(b)) return false;
+  const auto has_linkage = [](const SYM *sym) { return sym->level == 0 || is_block_extern(sym); };
+  return has_linkage(a) && has_linkage(b) && std::strcmp(a->name, b->name) == 0;
+}
+
+bool is_followed_scalar(const NODE *access) {
+  if (access->op != NAME || !is_scalar(access->type)) return false;
+  const SYM *sym = access->u.sym;
+  return (sym->sclass == C_AUTO || sym->level == 1) && !sym->fcp_flag;
+}
+
+bool is_volatile_access(NODE *access) {
+  for (;; access = access->left) {
+    if (is_volatile_node(options.opt_all_volatile ? refresh_qual(access) : access)) return true;
+    if (access->op != MEMBER) return false;
+  }
+}
+
+void print_subranges(const char *title, const SUBRANGE *chain, bool only_first) {
+  if (!state.debug_file) return;
+  debug_print("%s\n", title);
+  int number = 0;
+  for (const SUBRANGE *range = chain; range; range = only_first ? nullptr : range->next) {
+    debug_print("%4d) SUBRANGE base: %s  offset:%ld,  width:%ld", ++number, tree2infix(range->base),
+                long{range->offset}, long{range->width});
+    debug_print(", tree: %s\n", tree2infix(range->tree));
+  }
 }
 
 } // namespace velkor

@@ -29,9 +29,27 @@ void free_subranges(SUBRANGE *chain);
 // The chain without what a store to an unknown place may change, going by types.
 [[nodiscard]] SUBRANGE *subranges_kill_by_type(const NODE *store, SUBRANGE *chain);
 
+// The chain without what the call (or MEMCPY, or text for the assembler) may reach. Needs fcp_flag
+// as flag_addressed_objects(AddressUse::ANY) leaves it: what is left are the objects of this
+// function that only their names reach.
+[[nodiscard]] SUBRANGE *subranges_kill_at_call(const NODE *call, SUBRANGE *chain);
+
 // May a store to an unknown place change what the other access reads, going by types alone?
 // Constant objects change under no store; char reaches everything, unless the user has said that it
 // does not; structures and members of unions hold values of any type.
 [[nodiscard]] bool store_may_reach(const NODE *store, const NODE *access);
+
+// Do both symbols name one object? A block may declare an extern object anew.
+[[nodiscard]] bool is_same_object(const SYM *a, const SYM *b);
+
+// A scalar of the function's frame that only its name reaches, as a NAME: the passes that follow
+// scalars know all about it. Needs fcp_flag as above.
+[[nodiscard]] bool is_followed_scalar(const NODE *access);
+
+// Is the access, or the object around its member, volatile?
+[[nodiscard]] bool is_volatile_access(NODE *access);
+
+// The chain in the debug file under the title, one line for each range, or for the first one only.
+void print_subranges(const char *title, const SUBRANGE *chain, bool only_first);
 
 } // namespace velkor

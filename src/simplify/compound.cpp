@@ -73,19 +73,21 @@ NODE *to_compound_assignment(NODE *node) {
   return to_compound_assignment(node, is_same_tree);
 }
 
-NODE *expand_compound_assignment(NODE *node) {
-  const Opcode base = asgop_base(node->op);
-  NODE *target = node->left;
-  if (base == ILLOP || target->op == DDNODE) return node;
-  NODE *operand = node->right;
+NODE *make_compound_operation(Opcode base, NODE *target, NODE *operand) {
   if (!is_integer(operand->type)) {
     if (needs_integer_operand(base)) operand = convert_tree(promote_type(target->type), operand);
     if (is_shift(base)) operand = convert_tree(INT, operand);
   }
   TypeWord type = target->type;
   if (!is_pointer(type)) type = is_shift(base) ? promote_type(type) : balance_type(target, operand);
+  return make_node(base, target, operand, type);
+}
+
+NODE *expand_compound_assignment(NODE *node) {
+  const Opcode base = asgop_base(node->op);
+  if (base == ILLOP || node->left->op == DDNODE) return node;
   node->op = ASSIGN;
-  node->right = make_node(base, copy_tree(target), operand, type);
+  node->right = make_compound_operation(base, copy_tree(node->left), node->right);
   return node;
 }
 

@@ -16,4 +16,8 @@ using TargetTest = bool (*)(const NODE *target, const NODE *operand);
 // x op= y  ->  x = x op y, with a copy of x; any other node as it stands. x must have no effects.
 [[nodiscard]] NODE *expand_compound_assignment(NODE *node);
 
+// target op operand with the plain operator of a compound assignment, in the type in which that one
+// computes. Takes both operands.
+[[nodiscard]] NODE *make_compound_operation(Opcode base, NODE *target, NODE *operand);
+
 } // namespace velkor
