@@ -100,7 +100,8 @@ class Mixed:
             index = self.local()
             self.block(f"for ({index} = 0; {index} < limit; {index}++) {{", some)
         else:
-            self.block(f"while ({self.condition()}) {{", some)
+            # What a call returns, or the rest might be unreachable.
+            self.block(f"while (helper({self.local()}, {self.local()})) {{", some)
 
     def scope(self):
         """A run of statements around a few variables of its own."""
@@ -174,10 +175,10 @@ def stepped_pointers(statements):
 
 
 def small_loops(statements):
-    """Loops one behind the other, of one statement each."""
-    lines = [f"  for (i = 0; i < {i % 90 + 10}; i++)\n    table[i] += other[i] * {i % 11};"
-             for i in range(statements // 2)]
-    return function("int i;", lines, "i")
+    """Loops one behind the other, of three statements each."""
+    lines = [f"  for (i = 0; i < {i % 90 + 10}; i++) {{\n    table[i] += other[i] * {i % 11};\n"
+             f"    a ^= other[i];\n    other[a & 1023] = i;\n  }}" for i in range(statements // 4)]
+    return function("int i, a = n;", lines, "a")
 
 
 def many_members(statements):
