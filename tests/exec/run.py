@@ -20,6 +20,8 @@ import pipeline  # noqa: E402
 
 HERE = pathlib.Path(__file__).resolve().parent
 STATISTICS_LEVELS = ["-o0", "-o1", "-o2", "-o3"]
+# Passes that leave the function as it is: analyses, and the writer.
+READING_PASSES = {"write_function"}
 PASS_FIGURES = ["runs", "changed", "nodes_before", "nodes_after"]
 
 
@@ -188,7 +190,7 @@ def print_passes(sources, arguments, tools):
     """Sums the passes' statistics over all programs; result: exit status.
 
     Fails if a pass of the level changed no function of any program: either it has stopped working,
-    or no program shows what it is for. The writer makes no changes that could be counted.
+    or no program shows what it is for.
     """
     level = arguments.passes
     sums = {}
@@ -208,7 +210,7 @@ def print_passes(sources, arguments, tools):
     for name, row in sums.items():
         print(f"{name:24} {row['runs']:8} {row['changed']:8} {row['nodes_before']:13} "
               f"{row['nodes_after']:13}")
-        if row["changed"] == 0 and name != "write_function":
+        if row["changed"] == 0 and name not in READING_PASSES:
             failed.append(f"{name}: changed no function of {len(sources)} programs")
     print("".join(f"FAIL {line}\n" for line in failed), end="")
     return 1 if failed or not sources else 0
