@@ -27,6 +27,7 @@ test: release checked
 	ctest --test-dir $(CHECKED) -j $(JOBS) --output-on-failure
 	tests/exec/run.py --bin $(RELEASE)/bin --jobs $(JOBS) --modes all
 	tests/exec/run.py --bin $(CHECKED)/bin --jobs $(JOBS) --modes quick
+	tests/exec/run.py --bin $(RELEASE)/bin --jobs $(JOBS) --passes 2
 
 # Random programs: make fuzz N=300 SEED=1
 fuzz: release
@@ -37,8 +38,10 @@ exhaustive: release
 	seq 0 $$(($(JOBS) - 1)) | xargs -P $(JOBS) -I{} \
 	  $(RELEASE)/bin/exhaustive_test --slice $(JOBS) --part {}
 
+# Speed and memory of the tools, then the work that programs execute at each level.
 bench: release
 	bench/run $(RELEASE)/bin
+	bench/executed $(RELEASE)/bin --jobs $(JOBS)
 
 format:
 	clang-format -i $$(git ls-files '*.cpp' '*.h')

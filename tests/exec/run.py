@@ -7,6 +7,7 @@ velkor-opt + velkor-run in each mode of the table in pipeline.py. Exit status 0 
 
 import argparse
 import concurrent.futures
+import json
 import math
 import os
 import pathlib
@@ -19,6 +20,9 @@ import pipeline  # noqa: E402
 
 HERE = pathlib.Path(__file__).resolve().parent
 STATISTICS_LEVELS = ["-o0", "-o1", "-o2", "-o3"]
+# Passes that leave the function as it is: analyses, and the writer.
+READING_PASSES = {"write_function"}
+PASS_FIGURES = ["runs", "changed", "nodes_before", "nodes_after"]
 
 
 def parse_arguments():
@@ -33,6 +37,9 @@ def parse_arguments():
                         help="folder where the oracle's outcomes are kept")
     parser.add_argument("--stats", action="store_true",
                         help="print dynamic operation counts for each program and level instead")
+    parser.add_argument("--passes", type=int, choices=range(4), metavar="LEVEL",
+                        help="print instead how many functions each pass changed at this level; "
+                             "a pass that changed none anywhere is a failure")
     parser.add_argument("--sanitize", action="store_true",
                         help="check instead that native runs are clean under ASan and UBSan")
     parser.add_argument("--list", action="store_true", help="print the programs and stop")
@@ -169,6 +176,46 @@ def print_statistics(sources, arguments, tools):
     return 0
 
 
+def pass_statistics(source, level, tools):
+    """What `velkor opt --stats` says of a program's passes: a record each, in their order."""
+    with Scratch() as scratch:
+        icode = scratch.path / "p.if"
+        tools.compile(source, icode)
+        return json.loads(pipeline.must_succeed(
+            [tools.path("velkor"), "opt", f"-O{level}", "--stats=json", icode],
+            pipeline.OPTIMIZE_SECONDS))
+
+
+def print_passes(sources, arguments, tools):
+    """Sums the passes' statistics over all programs; result: exit status.
+
+    Fails if a pass of the level changed no function of any program: either it has stopped working,
+    or no program shows what it is for.
+    """
+    level = arguments.passes
+    sums = {}
+    failed = []
+    with concurrent.futures.ThreadPoolExecutor(max_workers=max(1, arguments.jobs)) as pool:
+        runs = [(source, pool.submit(pass_statistics, source, level, tools)) for source in sources]
+        for source, run in runs:
+            try:
+                for record in run.result():
+                    if record["level"] <= level:
+                        row = sums.setdefault(record["pass"], dict.fromkeys(PASS_FIGURES, 0))
+                        for figure in PASS_FIGURES:
+                            row[figure] += record[figure]
+            except pipeline.StepFailure as failure:
+                failed.append(f"{name_of(source)}: {failure}")
+    print(f"{'pass':24} {'runs':>8} {'changed':>8} {'nodes before':>13} {'nodes after':>13}")
+    for name, row in sums.items():
+        print(f"{name:24} {row['runs']:8} {row['changed']:8} {row['nodes_before']:13} "
+              f"{row['nodes_after']:13}")
+        if row["changed"] == 0 and name not in READING_PASSES:
+            failed.append(f"{name}: changed no function of {len(sources)} programs")
+    print("".join(f"FAIL {line}\n" for line in failed), end="")
+    return 1 if failed or not sources else 0
+
+
 def main():
     arguments = parse_arguments()
     sources = sorted(path for path in HERE.glob("*/*.c") if arguments.filter in name_of(path))
@@ -180,10 +227,14 @@ def main():
     tools = pipeline.Tools(arguments.bin or pipeline.default_tools_folder())
     modes = pipeline.choose_modes(arguments.modes)
     needed = ["velkor-cc", "velkor-run"] + (["velkor-opt"] if modes or arguments.stats else [])
+    if arguments.passes is not None:
+        needed = ["velkor-cc", "velkor"]
     missing = [name for name in needed if not tools.has(name)]
     if missing:
         print(f"run.py: error: {tools.folder} has no {', '.join(missing)}", file=sys.stderr)
         return 2
+    if arguments.passes is not None:
+        return print_passes(sources, arguments, tools)
     if arguments.stats:
         return print_statistics(sources, arguments, tools)
     return run_all(sources, arguments.jobs,

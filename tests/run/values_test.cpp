@@ -134,6 +134,7 @@ const Row rows[] = {
      "1"},
     {"%d", "comma_op(assign(_j, 5), add(_j, 1))", "6"},
     {"%d", "nassert(assign(_j, 5))", "0"},
+    {"%d", "comma_op(nassert(assign(_j, 5)), _j)", "3"},
     {"%d", "identity(_i)", "-7"},
     {"%d", "lcon[\"-12\"]", "-12"},
     // Assignments yield what the target holds; op= computes in the balanced type.

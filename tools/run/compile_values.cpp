@@ -255,6 +255,8 @@ Value evaluate_scaling(Compiler &c, const file::Node &node, TypeWord type, std::
   Value operand = evaluate(c, node.left);
   if (is_real(operand.type) || operand.kind == Value::NOTHING)
     return emit_fault(c, std::string(opcode_table[node.op].name) + " of no integer", type);
+  // Bytes need no scaling, and none shall be counted.
+  if (scale_bytes(bits) == 1) return convert(c, operand, type);
   const Value factor = constant(scale_bytes(bits), INT);
   return word_operation(c, is_product ? Op::MULTIPLY_WORD : Op::DIVIDE_SIGNED, operand, factor,
                         type, mark);
@@ -430,7 +432,7 @@ Value evaluate(Compiler &c, file::NodeIndex index) {
   case UXCALL:
   case ICALL: return call(c, index, nullptr);
   case ASSERT: return evaluate_assert(c, node, type);
-  case NASSERT: evaluate_effect(c, node.left); return constant(0, INT);
+  case NASSERT: return constant(0, INT); // what a statement of fact states is never evaluated
   case MEMCPY: return evaluate_copy(c, node, type);
   default:
     if (asgop_base(node.op) != ILLOP) return evaluate_update(c, node, type);

@@ -118,10 +118,10 @@ void print_json_statistics() {
   const char *separator = "[";
   for (const Pass &pass : function_passes()) {
     const PassStatistics &row = watch.passes[pass.name];
-    std::printf("%s\n  {\"pass\": \"%s\", \"runs\": %ld, \"changed\": %ld, \"nodes_before\": %ld, "
-                "\"nodes_after\": %ld, \"milliseconds\": %.3f}",
-                separator, pass.name, row.runs, row.changed, row.nodes_before, row.nodes_after,
-                row.milliseconds);
+    std::printf("%s\n  {\"pass\": \"%s\", \"level\": %d, \"runs\": %ld, \"changed\": %ld, "
+                "\"nodes_before\": %ld, \"nodes_after\": %ld, \"milliseconds\": %.3f}",
+                separator, pass.name, pass.lowest_level, row.runs, row.changed, row.nodes_before,
+                row.nodes_after, row.milliseconds);
     separator = ",";
   }
   std::printf("\n]\n");
