@@ -62,7 +62,7 @@ bool is_delayable_step(const NODE *step) {
 // The machine makes these steps while it accesses memory; the 16-bit instruction forms cannot.
 bool is_write_back_address(const NODE *address) {
   return options.opt_target_mode != 1 &&
-         (address->op == ASSIGN || address->op == INCREMENT || address->op == DECREMENT);
+         (address->op == ASSIGN || is_increment_or_decrement(address->op));
 }
 
 // The first assignment of the tree that can be delayed, or none. self_ok: the value that it leaves
