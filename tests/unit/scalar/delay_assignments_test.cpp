@@ -37,7 +37,7 @@ TEST_F(DelayAssignmentsTest, AConstantWaitsForItsFirstReader) {
 // Each place is found behind what earlier moves have left there.
 TEST_F(DelayAssignmentsTest, ManyWaitForTheSameStatements) {
   expect_block({"assign(_x,1)", "assign(_y,2)", "assign(_z,_n)", "assign(_g1,add(_x,_y))"},
-               {"assign(_z, _n)", "assign(_x, 1)", "assign(_y, 2)", "assign(_g1, add(_x, _y))"});
+               {"assign(_z, _n)", "assign(_y, 2)", "assign(_x, 1)", "assign(_g1, add(_x, _y))"});
   // The second x merges with the first statement that reads it; y waits for what has become of it.
   expect_block(
       {"assign(_y,2)", "assign(_x,1)", "assign(_g2,_n)", "assign(_x,add(_x,_y))", "assign(_g1,_x)"},
