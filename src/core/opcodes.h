@@ -95,6 +95,10 @@ inline constexpr std::array<OpcodeProperties, 256> opcode_table = [] {
 [[nodiscard]] constexpr bool is_compound_assignment(std::uint8_t op) {
   return asgop_base(op) != ILLOP;
 }
+// ++ and --, before or behind.
+[[nodiscard]] constexpr bool is_increment_or_decrement(std::uint8_t op) {
+  return op == INCREMENT || op == DECREMENT;
+}
 // x = y and x op= y.
 [[nodiscard]] constexpr bool is_plain_or_compound_assignment(std::uint8_t op) {
   return op == ASSIGN || is_compound_assignment(op);

@@ -16,6 +16,8 @@
 #include "simplify/patterns.h"
 
 #include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace velkor {
@@ -26,13 +28,12 @@ constexpr int forward_budget = 5; // blocks, the step's own included
 constexpr int bits_per_byte = 8;
 
 bool any_across; // a step went around a back edge
-bool any_split;  // a statement has been split into two
 
 // ------------------------------------------------------------------------------------------------
 // Steps
 
 // p = p + k
-bool is_step(const NODE *statement) {
+bool is_step_statement(const NODE *statement) {
   if (statement->op != ASSIGN || statement->left->op != NAME) return false;
   const SYM *sym = statement->left->u.sym;
   if (sym->sclass != C_AUTO || sym->fcp_flag || is_volatile_symbol(sym)) return false;
@@ -57,6 +58,131 @@ bool mentions(const NODE *tree, const SYM *sym) {
     if (tree->right && mentions(tree->right, sym)) return true;
   }
   return false;
+}
+
+// ------------------------------------------------------------------------------------------------
+// Where the stepped pointers are mentioned
+
+// A statement of a block as the pass found it, and what has come of it: the cells of the statements
+// that it has been split into or that were put beside it. Empty when it was a step that is folded.
+struct Place {
+  LIST *first;
+  int count;
+};
+
+// The places of a block in order, and for each stepped pointer those that mention it, ascending:
+// most statements have nothing to do with the step at hand and are never looked at.
+class BlockIndex {
+public:
+  static constexpr int nowhere = -1;
+
+  explicit BlockIndex(const BB *block);
+
+  // The nearest place ahead of, or behind, the given one that mentions sym; nowhere if there is
+  // none. From the block's end and its start: size() and nowhere.
+  [[nodiscard]] int ahead_of(int place, const SYM *sym) const;
+  [[nodiscard]] int behind(int place, const SYM *sym) const;
+
+  [[nodiscard]] int size() const { return static_cast<int>(places_.size()); }
+  Place &operator[](int place) { return places_[static_cast<std::size_t>(place)]; }
+  [[nodiscard]] std::vector<LIST *> cells(int place) const;
+
+  // The block's last statement, which stays the last.
+  [[nodiscard]] LIST *last() const { return last_; }
+  // Puts a statement of line 0 in front of it, into its place.
+  void put_before_last(NODE *statement);
+
+  // The cell of the place, with a step of sym, is about to go.
+  void remove_step(int place, const LIST *cell, const SYM *sym);
+  // A statement of the place has come to mention sym.
+  void add_mention(int place, const SYM *sym);
+
+private:
+  void enter(const NODE *tree, int place);
+  void remove_mention(int place, const SYM *sym);
+
+  std::vector<Place> places_;
+  LIST *last_ = nullptr;
+  std::unordered_map<const SYM *, std::vector<int>> mentions_;
+};
+
+std::unordered_set<const SYM *> stepped_symbols;
+std::unordered_map<const BB *, BlockIndex> indices; // of the blocks looked at so far
+
+BlockIndex::BlockIndex(const BB *block) {
+  for (LIST *cell = block->trees; cell; cell = cell->next) {
+    places_.push_back({cell, 1});
+    enter(cell->item, size() - 1);
+    last_ = cell;
+  }
+}
+
+void BlockIndex::enter(const NODE *tree, int place) {
+  for (; tree; tree = tree->left) {
+    if (tree->op == NAME) {
+      if (stepped_symbols.contains(tree->u.sym)) add_mention(place, tree->u.sym);
+      return;
+    }
+    if (tree->right) enter(tree->right, place);
+  }
+}
+
+int BlockIndex::ahead_of(int place, const SYM *sym) const {
+  const auto found = mentions_.find(sym);
+  if (found == mentions_.end()) return nowhere;
+  const std::vector<int> &places = found->second;
+  const auto bound = std::lower_bound(places.begin(), places.end(), place);
+  return bound == places.begin() ? nowhere : bound[-1];
+}
+
+int BlockIndex::behind(int place, const SYM *sym) const {
+  const auto found = mentions_.find(sym);
+  if (found == mentions_.end()) return nowhere;
+  const auto bound = std::upper_bound(found->second.begin(), found->second.end(), place);
+  return bound == found->second.end() ? nowhere : *bound;
+}
+
+std::vector<LIST *> BlockIndex::cells(int place) const {
+  const Place &at = places_[static_cast<std::size_t>(place)];
+  std::vector<LIST *> result;
+  LIST *cell = at.first;
+  for (int i = 0; i < at.count; ++i, cell = cell->next)
+    result.push_back(cell);
+  return result;
+}
+
+void BlockIndex::put_before_last(NODE *statement) {
+  LIST *cell = last_;
+  last_ = cell->next = list_cons(cell->item, nullptr, cell->line, cell->line2);
+  cell->item = statement;
+  cell->line = cell->line2 = 0;
+  places_.back().count += 1;
+}
+
+void BlockIndex::remove_mention(int place, const SYM *sym) {
+  std::vector<int> &places = mentions_[sym];
+  const auto found = std::lower_bound(places.begin(), places.end(), place);
+  if (found != places.end() && *found == place) places.erase(found);
+}
+
+void BlockIndex::add_mention(int place, const SYM *sym) {
+  std::vector<int> &places = mentions_[sym];
+  const auto found = std::lower_bound(places.begin(), places.end(), place);
+  if (found == places.end() || *found != place) places.insert(found, place);
+}
+
+void BlockIndex::remove_step(int place, const LIST *cell, const SYM *sym) {
+  Place &at = (*this)[place];
+  if (at.first == cell) at.first = cell->next;
+  at.count -= 1;
+  bool is_mentioned = false;
+  for (const LIST *other : cells(place))
+    is_mentioned |= other != cell && mentions(other->item, sym);
+  if (!is_mentioned) remove_mention(place, sym);
+}
+
+BlockIndex &index_of(const BB *block) {
+  return indices.try_emplace(block, block).first->second;
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -152,7 +278,6 @@ bool has_scalar_value(const NODE *statement) {
 
 // t = e  ->  A$1 = e; t = A$1. The cell keeps the first, the new one behind it gets the second.
 void split_off_value(LIST *cell) {
-  any_split = true;
   NODE *assignment = cell->item;
   NODE *value = assignment->right;
   SYM *sym = make_temp('A', -1, value->depnum, value->type);
@@ -168,7 +293,7 @@ enum class Look : std::uint8_t { NOTHING, FAILED, FOLDED };
 
 // Folds the step into the statement if the pointer occurs in it, in the right way. may_fold: the
 // statement is run exactly when the step is.
-Look fold_into_statement(const NODE *step, LIST *cell, Side side, bool may_fold) {
+Look fold_into_statement(const NODE *step, LIST *cell, Place &place, Side side, bool may_fold) {
   Access access = find_access(step, cell->item, side);
   if (!access.occurs()) return Look::NOTHING;
   if (!may_fold) return Look::FAILED;
@@ -178,6 +303,7 @@ Look fold_into_statement(const NODE *step, LIST *cell, Side side, bool may_fold)
     access = find_access(step, part, side);
     if (!access.deref) return Look::FAILED;
     split_off_value(cell);
+    place.count += 1;
   }
   fold_into(step, access.deref, side);
   return Look::FOLDED;
@@ -185,13 +311,6 @@ Look fold_into_statement(const NODE *step, LIST *cell, Side side, bool may_fold)
 
 // ------------------------------------------------------------------------------------------------
 // Backward
-
-std::vector<LIST *> cells_of(const BB *block) {
-  std::vector<LIST *> cells;
-  for (LIST *cell = block->trees; cell; cell = cell->next)
-    cells.push_back(cell);
-  return cells;
-}
 
 // Is every way into block from a block ahead of it, the previous one among them, and does every way
 // out of the previous one lead into the region from block to the one of number top? home becomes
@@ -208,55 +327,64 @@ bool can_go_back(const BB *block, int top, int &home) {
   return true;
 }
 
-// Looks at the first count of the cells, the last one first.
-Look look_back(const NODE *step, const std::vector<LIST *> &cells, std::size_t count,
-               bool may_fold) {
-  while (count-- > 0) {
-    const Look look = fold_into_statement(step, cells[count], Side::AHEAD, may_fold);
-    if (look != Look::NOTHING) return look;
+// Looks at the places ahead of the given one, the last one first.
+Look look_back(const NODE *step, BlockIndex &index, int place, bool may_fold) {
+  const SYM *sym = stepped_symbol(step);
+  while ((place = index.ahead_of(place, sym)) != BlockIndex::nowhere) {
+    const std::vector<LIST *> cells = index.cells(place);
+    for (std::size_t i = cells.size(); i-- > 0;) {
+      const Look look = fold_into_statement(step, cells[i], index[place], Side::AHEAD, may_fold);
+      if (look != Look::NOTHING) return look;
+    }
   }
   return Look::NOTHING;
 }
 
-// The step stands in block behind count of its cells. home is the number of the only block in which
-// an access may take the step, for every path to the step runs through it.
-bool fold_back(const NODE *step, const std::vector<LIST *> &cells, std::size_t count,
-               const BB *block) {
+// The step stands at the place of block. home is the number of the only block in which an access
+// may take the step, for every path to the step runs through it.
+bool fold_back(const NODE *step, int place, const BB *block) {
   const int top = block->dfn;
   int home = top;
-  Look look = look_back(step, cells, count, true);
+  Look look = look_back(step, index_of(block), place, true);
   while (look == Look::NOTHING) {
     if (top - block->dfn > backward_reach || !can_go_back(block, top, home)) return false;
     block = block->prev;
-    const std::vector<LIST *> previous = cells_of(block);
-    look = look_back(step, previous, previous.size(), block->dfn == home);
+    BlockIndex &index = index_of(block);
+    look = look_back(step, index, index.size(), block->dfn == home);
   }
   return look == Look::FOLDED;
 }
 
+// The step has gone elsewhere: its cell, to which link leads, goes.
+void drop_step(LIST **link, BlockIndex &index, int place) {
+  LIST *cell = *link;
+  *link = cell->next;
+  index.remove_step(place, cell, stepped_symbol(cell->item));
+  erase_tree(cell->item);
+  give_list(cell);
+}
+
+// From link, which is in front of the cell in its list, to the one that leads to the cell.
+LIST **link_to(const LIST *cell, LIST **link) {
+  while (*link != cell)
+    link = &(*link)->next;
+  return link;
+}
+
 void walk_backward(BB *block) {
-  std::vector<LIST *> cells = cells_of(block);
-  for (std::size_t i = cells.size(); i-- > 0;) {
-    LIST *cell = cells[i];
-    any_split = false;
-    if (!is_step(cell->item) || !fold_back(cell->item, cells, i, block)) continue;
-    LIST **link = &block->trees;
-    if (i > 0) link = &cells[i - 1]->next;
-    if (*link != cell) link = &(*link)->next; // the statement ahead was split
-    *link = cell->next;
-    erase_tree(cell->item);
-    give_list(cell);
-    if (!any_split) continue;
-    const std::size_t others = cells.size() - 1;
-    cells = cells_of(block);
-    i += cells.size() - others; // cells in front of the step
+  BlockIndex &index = index_of(block);
+  for (int place = index.size(); place-- > 0;) {
+    const LIST *cell = index[place].first;
+    if (!is_step_statement(cell->item) || !fold_back(cell->item, place, block)) continue;
+    LIST **ahead = place > 0 ? &index[place - 1].first->next : &block->trees;
+    drop_step(link_to(cell, ahead), index, place);
   }
 }
 
 // ------------------------------------------------------------------------------------------------
 // Forward
 
-bool fold_ahead(const NODE *step, LIST *list, BB *block, int top, int home, int budget);
+bool fold_ahead(const NODE *step, int place, BB *block, int top, int home, int budget);
 
 bool lies_within(const BB *block, const BB *first, const BB *last) {
   return block->dfn >= first->dfn && block->dfn <= last->dfn;
@@ -300,18 +428,31 @@ void print_loop(const Loop &loop) {
   print_block_trees(loop.exit, loop.exit);
 }
 
+// The last cell of the list that mentions sym, or none.
+LIST *last_mention(const std::vector<LIST *> &cells, const SYM *sym) {
+  for (std::size_t i = cells.size(); i-- > 0;)
+    if (mentions(cells[i]->item, sym)) return cells[i];
+  return nullptr;
+}
+
 // p = p - k behind the last statement of the loop's entry that uses p; the last place that there is
-// is in front of the transfer.
+// is in front of the transfer, which does not.
 void undo_at_entry(const NODE *step, const Loop &loop) {
   NODE *undo = copy_tree(step);
   undo->right->op = SUBTRACT;
   undo = simplify_tree(undo);
-  LIST **link = &loop.entry->trees;
-  LIST **place = nullptr;
-  for (; (*link)->next; link = &(*link)->next)
-    if (mentions((*link)->item, stepped_symbol(step))) place = &(*link)->next;
-  if (!place) place = link;
-  *place = list_cons(undo, *place, 0, 0);
+  const SYM *sym = stepped_symbol(step);
+  BlockIndex &index = index_of(loop.entry);
+  int place = index.ahead_of(index.size(), sym);
+  if (place != BlockIndex::nowhere) {
+    LIST *cell = last_mention(index.cells(place), sym);
+    cell->next = list_cons(undo, cell->next, 0, 0);
+    index[place].count += 1;
+  } else {
+    place = index.size() - 1;
+    index.put_before_last(undo);
+    index.add_mention(place, sym);
+  }
 }
 
 // The step at the end of the loop moves to its top. On the way in it is undone, and on the way out
@@ -322,13 +463,15 @@ void undo_at_entry(const NODE *step, const Loop &loop) {
 bool around_back_edge(const NODE *step, BB *latch, int budget) {
   Loop loop = find_loop(latch);
   // The entry's transfer must not see the pointer set back.
-  if (!loop.header || mentions(last_cell(loop.entry)->item, stepped_symbol(step))) return false;
+  if (!loop.header || mentions(index_of(loop.entry).last()->item, stepped_symbol(step)))
+    return false;
   const int header_number = loop.header->dfn;
-  if (!fold_ahead(step, loop.header->trees, loop.header, header_number, header_number, budget + 1))
+  if (!fold_ahead(step, BlockIndex::nowhere, loop.header, header_number, header_number, budget + 1))
     return false;
   any_across = true;
   if (!single_edge(loop.exit->preds)) loop.exit = split_edge(latch, loop.exit);
   loop.exit->trees = list_cons(copy_tree(step), loop.exit->trees, 0, 0);
+  indices.erase(loop.exit); // which is not at hand, as it lies outside of the loop
   report_around(loop, step);
   undo_at_entry(step, loop);
   print_loop(loop);
@@ -348,39 +491,56 @@ bool step_ahead(const NODE *step, const BB *block, int top, int home, int budget
   if (top - next->dfn > budget) return false;
   for (const EDGE *edge = next->preds; edge; edge = edge->next)
     if (edge->bb->dfn < home || edge->bb->dfn > block->dfn) return false;
-  return fold_ahead(step, next->trees, next, top, home, budget);
+  return fold_ahead(step, BlockIndex::nowhere, next, top, home, budget);
 }
 
-// The list is what is left of block. top: number of the only block in which an access may take the
-// step, for every path from the step runs through it.
-bool fold_ahead(const NODE *step, LIST *list, BB *block, int top, int home, int budget) {
-  for (LIST *cell = list; cell; cell = cell->next) {
-    if (cell->item == step) return false; // the walk has come around
-    const Look look = fold_into_statement(step, cell, Side::BEHIND, block->dfn == top);
-    if (look != Look::NOTHING) return look == Look::FOLDED;
-  }
+// Looks behind the step, which stands at the place, or at the whole block when that is nowhere.
+// There the walk may come around to the step, which then fails.
+Look look_ahead(const NODE *step, BlockIndex &index, int place, bool may_fold) {
+  const SYM *sym = stepped_symbol(step);
+  bool is_behind = place == BlockIndex::nowhere;
+  if (is_behind) place = index.behind(place, sym);
+  for (; place != BlockIndex::nowhere; place = index.behind(place, sym))
+    for (LIST *cell : index.cells(place)) {
+      if (cell->item == step) {
+        if (is_behind) return Look::FAILED;
+        is_behind = true;
+        continue;
+      }
+      if (!is_behind) continue;
+      const Look look = fold_into_statement(step, cell, index[place], Side::BEHIND, may_fold);
+      if (look != Look::NOTHING) return look;
+    }
+  return Look::NOTHING;
+}
+
+// Goes on in block behind the step at the place, or at the block's start. top: number of the only
+// block in which an access may take the step, for every path from the step runs through it.
+bool fold_ahead(const NODE *step, int place, BB *block, int top, int home, int budget) {
+  const Look look = look_ahead(step, index_of(block), place, block->dfn == top);
+  if (look != Look::NOTHING) return look == Look::FOLDED;
   if (step_ahead(step, block, top, home, budget)) return true;
   return block->dfn >= top && around_back_edge(step, block, budget);
 }
 
-// Takes the next cell's contents into this one.
-void drop_cell(LIST *cell) {
-  LIST *next = cell->next;
-  *cell = *next;
-  give_list(next);
+void walk_forward(BB *block) {
+  BlockIndex &index = index_of(block);
+  LIST **link = &block->trees;
+  for (int place = 0; place < index.size(); ++place)
+    for (const LIST *cell : index.cells(place)) {
+      link = link_to(cell, link);
+      if (is_step_statement(cell->item) &&
+          fold_ahead(cell->item, place, block, block->dfn, block->dfn, forward_budget))
+        drop_step(link_to(cell, link), index, place);
+    }
 }
 
-void walk_forward(BB *block) {
-  for (LIST *cell = block->trees; cell->next;) {
-    NODE *step = cell->item;
-    if (is_step(step) &&
-        fold_ahead(step, cell->next, block, block->dfn, block->dfn, forward_budget)) {
-      drop_cell(cell);
-      erase_tree(step);
-    } else {
-      cell = cell->next;
-    }
-  }
+void find_stepped_symbols() {
+  indices.clear();
+  stepped_symbols.clear();
+  for (const BB *block = state.first_bb; block; block = block->next)
+    for (const LIST *cell = block->trees; cell; cell = cell->next)
+      if (is_step_statement(cell->item)) stepped_symbols.insert(stepped_symbol(cell->item));
 }
 
 } // namespace
@@ -402,13 +562,16 @@ void propagate_increments() {
   renumber_blocks();
   live_variables = LiveVariables{}; // other passes have changed the graph and its blocks' slots
   flag_addressed_objects(AddressUse::ANY);
-  if (function_returns_twice()) return;
+  if (function_returns_twice()) return; // a step moved over the call would be made again
+  find_stepped_symbols();
+  if (stepped_symbols.empty()) return;
   for (BB *block = state.first_bb->prev;; block = block->prev) {
     walk_backward(block);
     if (block == state.first_bb) break;
   }
   for (BB *block = state.first_bb; block; block = block->next)
     walk_forward(block);
+  indices.clear();
   if (any_across) elim_dead_assigns(false, false);
 }
 

@@ -48,13 +48,10 @@ Outcome address_before_conversion(NODE *&node, const Position &at) {
   return Outcome::AGAIN;
 }
 
-bool is_step(const NODE *node) {
-  return node->op == INCREMENT || node->op == DECREMENT;
-}
-
 // ... *p++ ...;  ->  ... *p ...; p += n;  where no access steps its pointer
 Outcome split_step_of_pointer(NODE *&node, const Position &at) {
-  if (options.opt_target_mode != 1 || !is_step(node->left) || !can_split_step(node->left, at))
+  if (options.opt_target_mode != 1 || !is_increment_or_decrement(node->left->op) ||
+      !can_split_step(node->left, at))
     return Outcome::NEXT;
   node->left = move_step_behind(node->left, at.cell);
   return Outcome::NEXT;

@@ -93,14 +93,10 @@ void unsimp_operands(NODE *tree, BB *block, LIST *cell) {
   tree->left = unsimp_tree(tree->left, block, cell);
 }
 
-bool is_step(const NODE *node) {
-  return node->op == INCREMENT || node->op == DECREMENT;
-}
-
 // What the statement does; none when that is nothing. A statement that only its value made special
 // comes back in canonical form, and is lowered once more.
 NODE *drop_value(NODE *tree, BB *block, LIST *cell) {
-  const bool step = is_step(tree);
+  const bool step = is_increment_or_decrement(tree->op);
   NODE *statement = discard_value(tree);
   if (!statement || (statement == tree && !step)) return statement;
   cell->item = statement;

@@ -113,9 +113,15 @@ void merge_next_statement(LIST *cell) {
 
 } // namespace
 
+bool combine_with_next(LIST *cell) {
+  if (!cell->next || !can_merge(cell->item, cell->next->item)) return false;
+  merge_next_statement(cell);
+  return true;
+}
+
 void combine_adjacent_asgs(LIST *cell) {
-  while (cell->next && can_merge(cell->item, cell->next->item))
-    merge_next_statement(cell);
+  while (combine_with_next(cell)) {
+  }
 }
 
 } // namespace velkor

@@ -13,4 +13,7 @@ namespace velkor {
 // another tree. Reads SYM::fcp_flag of what is assigned: is its address taken?
 void combine_adjacent_asgs(LIST *cell);
 
+// The same for the next statement alone; returns whether it fitted.
+bool combine_with_next(LIST *cell);
+
 } // namespace velkor

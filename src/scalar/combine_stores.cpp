@@ -66,7 +66,8 @@ bool overlaps(const NODE *tree, const NODE *place) {
     case DEREF: return !are_apart(tree, place) && !trees_equal(tree, place, false);
     case MEMBER:
     case ARROW: return !trees_equal(tree, place, false);
-    case ADDRESS: return !addressed_symbol(tree);
+    case ADDRESS:
+    case ARGREF: return !addressed_symbol(tree);
     case NAME: return name_overlaps(tree, place) && !trees_equal(tree, place, false);
     default:
       if (tree->right && overlaps(tree->right, place)) return true;
@@ -139,7 +140,7 @@ NODE *replace_reads(NODE *tree, const NODE *place, SYM *temporary) {
     erase_tree(tree);
     return make_name(temporary);
   }
-  if (tree->op == ADDRESS && addressed_symbol(tree)) return tree;
+  if ((tree->op == ADDRESS || tree->op == ARGREF) && addressed_symbol(tree)) return tree;
   if (tree->left) tree->left = replace_reads(tree->left, place, temporary);
   if (tree->right && tree->op != MEMBER && tree->op != ARROW)
     tree->right = replace_reads(tree->right, place, temporary);

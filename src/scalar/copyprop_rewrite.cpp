@@ -45,7 +45,7 @@ NODE *walk_overtaken(NODE *tree) {
 // ------------------------------------------------------------------------------------------------
 // Simplification
 
-// Is there nothing on the way down the left side that could fold with what is around the tree?
+// Is there something on the way down the left side that could fold with what is around the tree?
 bool needs_simplification(const NODE *tree) {
   while (tree->left)
     switch (tree->op) {
@@ -158,6 +158,7 @@ NODE *rewrite_address(NODE *address) {
   if ((*place)->op == PCONV || (*place)->op == ISP2CHAR) place = &(*place)->left;
   if ((*place)->op != NAME) return walk(address);
   *place = rewrite_name(*place, true);
+  // The sum of two constants is no form that an access carries.
   return (*place)->op == ICON ? simplify_tree(address) : address;
 }
 
@@ -348,16 +349,6 @@ NODE *walk_step(NODE *node) {
   return node;
 }
 
-// p = p + K, p = p - K: replacing p would only hide that it steps.
-bool is_pointer_step(const NODE *node) {
-  if (node->op != ASSIGN || node->left->op != NAME || !is_pointer(node->type)) return false;
-  const NODE *sum = node->right;
-  if ((sum->op != ADD && sum->op != SUBTRACT) || sum->right->op != ICON) return false;
-  const SYM *sym = node->left->u.sym;
-  return sum->left->op == NAME && sum->left->u.sym == sym && sym->sclass == C_AUTO &&
-         !is_volatile_symbol(sym);
-}
-
 // A conversion that changes nothing of what is stored.
 bool is_needless_conversion(const NODE *node) {
   const NODE *conversion = node->right;
@@ -378,7 +369,7 @@ NODE *drop_self_assignment(NODE *node) {
 }
 
 void rewrite_value(NODE *node) {
-  if (is_pointer_step(node)) {
+  if (is_pointer_step(node) && !is_volatile_symbol(node->left->u.sym)) {
     NODE *stepped = node->right->left;
     stepped->nsize = static_cast<std::int32_t>(ensure_version(stepped->u.sym));
     return;

@@ -204,7 +204,7 @@ bool is_step_ahead(const NODE *address) {
 
 // p++ and p--, as the address of an access.
 bool is_step_behind(const NODE *address) {
-  return (address->op == INCREMENT || address->op == DECREMENT) && address->right->op == ICON;
+  return is_increment_or_decrement(address->op) && address->right->op == ICON;
 }
 
 // The machine steps a base register while it accesses memory, at no cost: such a step stays even

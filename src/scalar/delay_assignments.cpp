@@ -13,7 +13,10 @@
 #include "scalar/split_edge.h"
 #include "simplify/patterns.h"
 
+#include <cstddef>
+#include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace velkor {
 namespace {
@@ -59,7 +62,7 @@ bool is_delayable_step(const NODE *step) {
 // The machine makes these steps while it accesses memory; the 16-bit instruction forms cannot.
 bool is_write_back_address(const NODE *address) {
   return options.opt_target_mode != 1 &&
-         (address->op == ASSIGN || address->op == INCREMENT || address->op == DECREMENT);
+         (address->op == ASSIGN || is_increment_or_decrement(address->op));
 }
 
 // The first assignment of the tree that can be delayed, or none. self_ok: the value that it leaves
@@ -116,8 +119,118 @@ bool mentions(const NODE *tree, const SYM *sym) {
   return false;
 }
 
-// Which candidates a block's statements mention at most; of the block at hand, those behind the
-// statement at hand. Takes over a set that nobody needs any more.
+// Where the statements of a block first mention each variable. Of the block at hand only the
+// statements behind the one at hand are entered. Statements are known by numbers of their own,
+// because the cell in which one stands changes when an assignment is put in front of it.
+class FirstMentions {
+public:
+  // Enters the statement of the cell, which stands in front of those entered so far.
+  void enter_in_front(LIST *cell);
+  // The cell of the first statement entered that mentions sym, or none.
+  LIST *find(const SYM *sym);
+  // The cell of the last statement; none when nothing is entered.
+  LIST *last_cell() { return last_ == nobody ? nullptr : cell_of(last_); }
+  // The statement of the cell stands in new_cell now, and one that mentions sym alone of the
+  // variables took its place, in front of it.
+  void note_insertion(LIST *cell, LIST *new_cell, const SYM *sym);
+  // The statement of next_cell has gone into that of the cell in front of it.
+  void note_merge(const LIST *cell, const LIST *next_cell);
+
+private:
+  static constexpr int nobody = -1;
+
+  int number(LIST *cell);
+  int merged_into(int statement);
+  LIST *cell_of(int statement) { return cells_[static_cast<std::size_t>(merged_into(statement))]; }
+  void enter_names(const NODE *tree, int statement);
+
+  std::vector<LIST *> cells_; // by statement
+  std::vector<int> merged_;   // by statement: the one that it has gone into, or itself
+  std::unordered_map<const LIST *, int> statements_; // by cell
+  std::unordered_map<const SYM *, int> first_;
+  int first_of_others_ = nobody; // of variables that are not in first_
+  int last_ = nobody;
+};
+
+int FirstMentions::number(LIST *cell) {
+  const int statement = static_cast<int>(cells_.size());
+  cells_.push_back(cell);
+  merged_.push_back(statement);
+  statements_[cell] = statement;
+  return statement;
+}
+
+int FirstMentions::merged_into(int statement) {
+  for (;;) {
+    int &next = merged_[static_cast<std::size_t>(statement)];
+    if (next == statement) return statement;
+    next = merged_[static_cast<std::size_t>(next)];
+    statement = next;
+  }
+}
+
+void FirstMentions::enter_names(const NODE *tree, int statement) {
+  for (; tree; tree = tree->left) {
+    if (tree->op == NAME) {
+      if (is_candidate(tree->u.sym)) first_[tree->u.sym] = statement;
+      return;
+    }
+    if (tree->op == ASM && !is_comment_asm(tree)) {
+      first_.clear();
+      first_of_others_ = statement;
+    }
+    if (tree->right) enter_names(tree->right, statement);
+  }
+}
+
+void FirstMentions::enter_in_front(LIST *cell) {
+  const int statement = number(cell);
+  if (last_ == nobody) last_ = statement;
+  enter_names(cell->item, statement);
+}
+
+// Simplification after a merge may have taken the name out of the statement: then it is looked for
+// further on.
+LIST *FirstMentions::find(const SYM *sym) {
+  const auto found = first_.find(sym);
+  const int statement = found == first_.end() ? first_of_others_ : found->second;
+  if (statement == nobody) return nullptr;
+  LIST *cell = cell_of(statement);
+  if (mentions(cell->item, sym)) return cell;
+  while (cell && !mentions(cell->item, sym))
+    cell = cell->next;
+  first_[sym] = cell ? statements_.at(cell) : nobody;
+  return cell;
+}
+
+void FirstMentions::note_insertion(LIST *cell, LIST *new_cell, const SYM *sym) {
+  const int moved = merged_into(statements_.at(cell));
+  cells_[static_cast<std::size_t>(moved)] = new_cell;
+  statements_[new_cell] = moved;
+  first_[sym] = number(cell);
+}
+
+void FirstMentions::note_merge(const LIST *cell, const LIST *next_cell) {
+  const auto next = statements_.find(next_cell);
+  merged_[static_cast<std::size_t>(merged_into(next->second))] = merged_into(statements_.at(cell));
+  statements_.erase(next);
+}
+
+std::unordered_map<const BB *, FirstMentions> first_mentions; // of the blocks asked for so far
+
+FirstMentions &mentions_in(const BB *block) {
+  const auto [found, is_new] = first_mentions.try_emplace(block);
+  if (!is_new) return found->second;
+  std::vector<LIST *> cells;
+  for (LIST *cell = block->trees; cell; cell = cell->next)
+    cells.push_back(cell);
+  for (std::size_t i = cells.size(); i-- > 0;)
+    found->second.enter_in_front(cells[i]);
+  return found->second;
+}
+
+// Which candidates the block mentions at most: most blocks on the way of an assignment do without
+// its variable, and tell so at once. Takes over a set that nobody needs any more.
 Set &mentioned_in(BB *block) {
   return uses(block);
 }
@@ -139,11 +252,9 @@ void find_mentions(BB *block) {
     add_mentions(mentioned_in(block), cell->item);
 }
 
-bool block_mentions(BB *block, const SYM *sym) {
-  if (!set_has(mentioned_in(block), sym->count)) return false;
-  for (const LIST *cell = block->trees; cell; cell = cell->next)
-    if (mentions(cell->item, sym)) return true;
-  return false;
+// The cell of the block's first statement that mentions sym, or none.
+LIST *first_mention(BB *block, const SYM *sym) {
+  return set_has(mentioned_in(block), sym->count) ? mentions_in(block).find(sym) : nullptr;
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -153,7 +264,7 @@ bool block_mentions(BB *block, const SYM *sym) {
 // sym? Nothing may enter or leave the region elsewhere.
 bool can_jump_over(const SYM *sym, const BB *entry, BB *first, const BB *last, const BB *exit) {
   for (BB *block = first; block != exit; block = block->next) {
-    if (!block || block_mentions(block, sym)) return false;
+    if (!block || first_mention(block, sym)) return false;
     for (const EDGE *edge = block->preds; edge; edge = edge->next)
       if (edge->bb->dfn < entry->dfn || edge->bb->dfn > last->dfn) return false;
     for (const EDGE *edge = block->succs; edge; edge = edge->next)
@@ -185,7 +296,7 @@ BB *join_of_arms(const SYM *sym, BB *one, BB *other) {
   if (!single_edge(one->preds) || !single_edge(other->preds)) return nullptr;
   BB *join = single_edge(one->succs);
   if (!join || single_edge(other->succs) != join || edge_count(join->preds) != 2) return nullptr;
-  return block_mentions(one, sym) || block_mentions(other, sym) ? nullptr : join;
+  return first_mention(one, sym) || first_mention(other, sym) ? nullptr : join;
 }
 
 // A conditional region behind block that does without sym: the block behind it, or none.
@@ -283,14 +394,17 @@ void move(NODE *assignment, const Place &from, const Place &to) {
   if (gains_nothing(assignment, from, to)) return;
   report_move(assignment, from, to);
   LIST *cell = to.cell;
+  FirstMentions &index = mentions_in(to.block);
   cell->next = list_cons(cell->item, cell->next, cell->line, cell->line2);
+  index.note_insertion(cell, cell->next, assignment->left->u.sym);
+  add_mentions(mentioned_in(to.block), assignment);
   cell->item = discard_value(copy_tree(assignment));
   cell->line = from.cell->line;
   cell->line2 = from.cell->line2;
   leave_value(assignment);
   delay_moved = true;
-  add_mentions(mentioned_in(to.block), cell->item);
-  if (cell->item->op == ASSIGN && cell->next->item->op == ASSIGN) combine_adjacent_asgs(cell);
+  for (LIST *next = cell->next; combine_with_next(cell); next = cell->next)
+    index.note_merge(cell, next);
 }
 
 void report_search(const NODE *assignment, const Place &from) {
@@ -307,22 +421,12 @@ void delay(NODE *assignment, const Place &from) {
   // x = f(x = 5): what the rest of the statement does to the variable comes first.
   if (count_mentions(from.cell->item, sym) != count_mentions(assignment, sym)) return;
   report_search(assignment, from);
-  LIST *last = nullptr;
-  LIST *cell = from.cell->next;
-  BB *block = from.block;
-  for (;;) {
-    const bool may_mention = set_has(mentioned_in(block), sym->count);
-    for (; cell; cell = cell->next) {
-      if (may_mention && mentions(cell->item, sym)) return move(assignment, from, {block, cell});
-      last = cell;
-    }
-    BB *next = next_block(sym, block);
-    if (!next) break;
-    block = next;
-    last = nullptr;
-    cell = block->trees;
+  BB *last = nullptr;
+  for (BB *block = from.block; block; block = next_block(sym, block)) {
+    if (LIST *cell = first_mention(block, sym)) return move(assignment, from, {block, cell});
+    last = block;
   }
-  if (last) move(assignment, from, {block, last});
+  if (LIST *cell = mentions_in(last).last_cell()) move(assignment, from, {last, cell});
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -340,14 +444,18 @@ void delay_in_statement(BB *block, LIST *cell) {
 bool delay_in_block(BB *block) {
   LIST *pending = list_reverse_onto(block->trees, nullptr);
   block->trees = nullptr;
+  FirstMentions &index = first_mentions[block] = {};
   set_clear(mentioned_in(block), live_variables.words);
   while (LIST *cell = pending) {
     pending = cell->next;
     cell->next = block->trees;
     block->trees = cell;
     delay_in_statement(block, cell);
-    add_mentions(mentioned_in(block), cell->item);
-    if (cell->item) continue;
+    if (cell->item) {
+      index.enter_in_front(cell);
+      add_mentions(mentioned_in(block), cell->item);
+      continue;
+    }
     block->trees = cell->next;
     give_list(cell);
   }
@@ -359,14 +467,17 @@ bool delay_in_block(BB *block) {
 bool delay_assignments() {
   debug_print("\n\n\t\t\t---------- ENTERING 'delay_assignments' ----------\n");
   if (options.debug_level > 1) dump_blocks(state.first_bb, nullptr);
+  first_mentions.clear();
   for (BB *block = state.first_bb; block; block = block->next)
     find_mentions(block);
   steps_may_be_delayed = !function_returns_twice();
   bool graph_changed = false;
   for (BB *block = state.first_bb->prev;; block = block->prev) {
     if (block->trees->item->op != BRANCH) graph_changed |= delay_in_block(block);
-    if (block == state.first_bb) return graph_changed;
+    if (block == state.first_bb) break;
   }
+  first_mentions.clear();
+  return graph_changed;
 }
 
 } // namespace velkor

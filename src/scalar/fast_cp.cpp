@@ -89,15 +89,6 @@ void lose_target(NODE *node) {
   if (can_be_followed(node->left)) forget_value(node->left->u.sym);
 }
 
-// p = p + K, p = p - K: replacing p would only hide that it steps.
-bool is_pointer_step(const NODE *node) {
-  const NODE *sum = node->right;
-  if (!is_pointer(node->type) || (sum->op != ADD && sum->op != SUBTRACT)) return false;
-  if (sum->right->op != ICON || sum->left->op != NAME) return false;
-  const SYM *sym = node->left->u.sym;
-  return sum->left->u.sym == sym && sym->sclass == C_AUTO && !is_const_symbol(sym);
-}
-
 // The last link of the chain a = b = ...
 NODE *value_source(NODE *assignment) {
   while (assignment->op == ASSIGN && passes_value_on(assignment))
@@ -133,7 +124,8 @@ void walk_assignment(NODE *node) {
     return;
   }
   if (!can_be_followed(node->left)) return walk_right(node);
-  if (is_pointer_step(node)) return forget_value(node->left->u.sym);
+  if (is_pointer_step(node) && !is_const_symbol(node->left->u.sym))
+    return forget_value(node->left->u.sym);
   const bool changed_before = fcp.changed;
   fcp.changed = false;
   walk_right(node);

@@ -1,6 +1,7 @@
 #include "scalar/unnest_assignments.h"
 
 #include "core/nodes.h"
+#include "scalar/lcse.h"
 #include "simplify/patterns.h"
 
 namespace velkor {
@@ -11,18 +12,6 @@ namespace {
 
 bool is_register_symbol(const SYM *sym) {
   return (sym->scqual & (CQ_REGISTER | CQ_CREGISTER)) != 0;
-}
-
-// Objects in memory that are worth a temporary, and so an assignment that others can look at.
-bool is_worthwhile_in_memory(const SYM *sym) {
-  if (!is_scalar(sym->stype) || is_register_symbol(sym)) return false;
-  switch (sym->sclass) {
-  case C_EXT:
-  case C_STAT:
-  case C_EXTDEF:
-  case C_USTATIC: return is_pointer(sym->stype) || type_width(sym->stype) <= 32;
-  default: return false;
-  }
 }
 
 // Calls, and stores whose place is not known by name.
@@ -44,7 +33,7 @@ bool can_move(const NODE *target, bool has_hidden_stores) {
   if (is_volatile_symbol(sym)) return false;
   if (sym->sclass == C_AUTO && !sym->fcp_flag) return true;
   if (sym->level != 0 && is_register_symbol(sym)) return true;
-  if (!is_register_symbol(sym) && !is_worthwhile_in_memory(sym)) return false;
+  if (!is_register_symbol(sym) && !cse_worthwhile(target)) return false;
   return !has_hidden_stores;
 }
 

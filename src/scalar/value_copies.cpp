@@ -17,4 +17,13 @@ NODE *replace_name_by_value(NODE *name, NODE *value, TypeWord target_type) {
   return simplify_node(name);
 }
 
+bool is_pointer_step(const NODE *assignment) {
+  if (assignment->op != ASSIGN || assignment->left->op != NAME || !is_pointer(assignment->type))
+    return false;
+  const SYM *sym = assignment->left->u.sym;
+  const NODE *sum = assignment->right;
+  return sym->sclass == C_AUTO && is_sum_or_difference(sum) && sum->right->op == ICON &&
+         is_name_of(sum->left, sym);
+}
+
 } // namespace velkor

@@ -24,4 +24,7 @@ namespace velkor {
   return (sym->name[0] == 'K' || sym->name[0] == 'Q') && sym->name[1] == '$';
 }
 
+// p = p + K, p = p - K, with p a pointer of the frame: replacing p would only hide that it steps.
+[[nodiscard]] bool is_pointer_step(const NODE *assignment);
+
 } // namespace velkor

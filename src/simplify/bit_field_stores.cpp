@@ -162,10 +162,6 @@ const RuleSet discarded_field_store_rules{"stores of constants to bit fields",
 namespace bit_fields {
 namespace {
 
-bool is_step(const NODE *node) {
-  return node->op == INCREMENT || node->op == DECREMENT;
-}
-
 void step_to_compound(NODE *node) {
   node->op = node->op == INCREMENT ? ASG_ADD : ASG_SUBTRACT;
 }
@@ -300,7 +296,7 @@ void take_commas(NODE *&chain, NODE *&value) {
 
 // x = v  ->  ((B = v , x = B) , what the field holds of B)
 NODE *expand_store_value(NODE *assignment) {
-  if (is_step(assignment)) return expand_step_value(assignment);
+  if (is_increment_or_decrement(assignment->op)) return expand_step_value(assignment);
   assignment = expand_compound_assignment(assignment);
   NODE *field = assignment->left;
   const std::int32_t width = field_of(assignment)->size;
@@ -337,7 +333,7 @@ NODE *append_assignment(NODE *chain, SYM *symbol, NODE *value) {
 // x op= y  ->  B = unit , unit = (B & ~mask) | (x of B op y)'
 // The unit is read once and written once, whatever the value is used for.
 NODE *expand_volatile_update(NODE *assignment, Use use) {
-  const bool wants_old = is_step(assignment);
+  const bool wants_old = is_increment_or_decrement(assignment->op);
   if (wants_old) step_to_compound(assignment);
   NODE *chain = nullptr;
   NODE *operand = expand_tree(assignment->right, Use::VALUE);
@@ -390,7 +386,8 @@ NODE *expand_store(NODE *assignment, Use use) {
     return assignment;
   }
   if (!is_integer(assignment->right->type)) assignment = convert_value(assignment);
-  if (use == Use::NOTHING && is_step(assignment)) step_to_compound(assignment);
+  if (use == Use::NOTHING && is_increment_or_decrement(assignment->op))
+    step_to_compound(assignment);
   NODE *tree = apply_rules(field_store_rules, assignment);
   if (is_bit_field_access(tree)) return expand_tree(tree, use);
   if (updates_volatile(tree, use)) return expand_volatile_update(tree, use);

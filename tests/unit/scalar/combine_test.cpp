@@ -106,6 +106,17 @@ TEST_F(CombineTest, Stores) {
             (Lines{"assign(T$1, _x)", "assign(member(_st, _m), _y)"}));
 }
 
+TEST_F(CombineTest, AnAddressIsNoRead) {
+  for (const char *address : {"address:int*(_g1)", "argref:int*(_g1)"}) {
+    const std::string second = "assign(_g1,add(sconv:int(" + std::string(address) + "),_g1))";
+    const Lines result = stores({"assign(_g1,_x)", second});
+    ASSERT_EQ(result.size(), 2u);
+    EXPECT_EQ(result[0], "assign(T$1, _x)") << address;
+    EXPECT_NE(result[1].find("(_g1)"), std::string::npos) << result[1];
+    EXPECT_NE(result[1].find("T$1)"), std::string::npos) << result[1];
+  }
+}
+
 TEST_F(CombineTest, StoresThatStay) {
   const std::vector<Lines> rows = {
       {"assign(_x,1)", "assign(_x,_y)"}, // no memory

@@ -9,10 +9,13 @@ namespace {
 
 class FastPropagationTest : public ScalarRowTest {
 protected:
+  FastPropagationTest() {
+    use_pass([] { fast_CP(1, false); });
+  }
+
   // What the calls, tests and returns of the function look like afterwards.
   Lines propagated(const Lines &input) {
-    build_function(input);
-    fast_CP(1, false);
+    run_pass(input);
     return effects();
   }
 };

@@ -11,11 +11,7 @@ namespace {
 
 class CommonSubexpressionTest : public ScalarRowTest {
 protected:
-  Lines after(const Lines &input) {
-    build_function(input);
-    lcse();
-    return graph();
-  }
+  CommonSubexpressionTest() { use_pass(lcse); }
 
   static int count(const Lines &lines, const std::string &word) {
     int found = 0;

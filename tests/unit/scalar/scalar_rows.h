@@ -1,11 +1,11 @@
 // Functions for the passes that follow scalars: the rows' symbols stand on the function's chains.
 #pragma once
 
-#include "cfg/graph_rows.h"
+#include "cfg/pass_rows.h"
 
 namespace velkor {
 
-class ScalarRowTest : public GraphRowTest {
+class ScalarRowTest : public PassRowTest {
 protected:
   ScalarRowTest() {
     for (const char *line :
@@ -16,18 +16,11 @@ protected:
     }
   }
 
+  void use_pass(std::function<void()> pass) { PassRowTest::use_pass(all_locals, std::move(pass)); }
+
   // A function over fresh symbols' working fields.
   void build_function(const Lines &input) {
-    state.scalar_syms = state.static_syms = state.other_syms = state.misc_syms = nullptr;
-    state.temp_syms = state.local_syms = nullptr;
-    state.temp_counter = 0;
-    for (const char *name : {"_x",  "_y",  "_z",  "_i",  "_n",  "_u", "_v",  "_w",  "_c",  "_uc",
-                             "_s",  "_us", "_l",  "_f",  "_g",  "_d", "_e",  "_p",  "_q",  "_cp",
-                             "_cq", "_a",  "_st", "_sp", "_vx", "_t", "_t2", "K$1", "Q$2", "_fp"}) {
-      SYM *local = sym(name);
-      local->next = state.local_syms;
-      state.local_syms = local;
-    }
+    use_locals(all_locals);
     build(input);
   }
 
@@ -43,6 +36,11 @@ protected:
           lines.push_back("if " + text(cell->item->left));
     return lines;
   }
+
+private:
+  const Names all_locals = {"_x",  "_y",  "_z",  "_i",  "_n",  "_u", "_v",  "_w",  "_c",  "_uc",
+                            "_s",  "_us", "_l",  "_f",  "_g",  "_d", "_e",  "_p",  "_q",  "_cp",
+                            "_cq", "_a",  "_st", "_sp", "_vx", "_t", "_t2", "K$1", "Q$2", "_fp"};
 };
 
 } // namespace velkor

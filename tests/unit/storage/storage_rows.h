@@ -1,36 +1,24 @@
 // Functions as rows of statements, for liveness and storage allocation.
 #pragma once
 
-#include "cfg/graph_rows.h"
+#include "cfg/pass_rows.h"
 #include "core/target.h"
 #include "scalar/live_variables.h"
 #include "storage/conflicts.h"
 
 #include <cstdio>
 #include <cstring>
-#include <initializer_list>
 #include <string>
 
 namespace velkor {
 
-class StorageRowTest : public GraphRowTest {
+class StorageRowTest : public PassRowTest {
 protected:
   StorageRowTest() { velkor::target = Target{}; }
   ~StorageRowTest() override {
     velkor::target = Target{};
     if (state.debug_file) std::fclose(state.debug_file);
     state.debug_file = nullptr;
-  }
-
-  // Makes these the function's symbols; candidates are numbered in this order.
-  void use_locals(std::initializer_list<const char *> names) {
-    state.local_syms = state.temp_syms = nullptr;
-    state.scalar_syms = state.static_syms = state.other_syms = state.misc_syms = nullptr;
-    for (const char *each : names) {
-      SYM *local = sym(each);
-      local->next = state.local_syms;
-      state.local_syms = local;
-    }
   }
 
   // Turns a local into a parameter that the source calls by another name, no longer than its own.
