@@ -10,7 +10,6 @@
 #include "storage/statement_uses.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 namespace velkor {
@@ -156,7 +155,7 @@ private:
     if (!source || !is_candidate(x)) return;
     const SYM *parameter = source->u.sym;
     if (is_candidate(parameter)) set_add(live_, parameter->count);
-    if (std::strcmp(x->name, parameter->name) != 0) {
+    if (x->parameter != parameter) {
       keep_as_referenced(x);
       return;
     }
