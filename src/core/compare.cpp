@@ -30,12 +30,9 @@ bool crosswise_equal(const NODE *a, const NODE *b, bool ignore_effects) {
          both_equal(a->left, b->right, ignore_effects);
 }
 
-// The home of a parameter that is never assigned again is const and stands for the parameter. In
-// the outermost scope of a body no other symbol has a parameter's name; in an inner one, a constant
-// of the program may hide the parameter.
+// The home of a parameter that is never assigned again is const and stands for the parameter.
 bool home_equals_parameter(const SYM *home, const SYM *parameter) {
-  return home->level == 2 && (home->scqual & CQ_OUTERMOST) && parameter->level == 1 &&
-         is_const_symbol(home) && std::strcmp(home->name, parameter->name) == 0;
+  return home->parameter == parameter && is_const_symbol(home);
 }
 
 bool home_equals_converted_parameter(const NODE *home, const NODE *converted, bool ignore_effects) {

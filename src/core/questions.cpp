@@ -3,7 +3,6 @@
 #include "core/options.h"
 
 #include <cctype>
-#include <cstring>
 
 namespace velkor {
 namespace {
@@ -147,9 +146,7 @@ bool is_param_copy(const NODE *node) {
   if (node->op != ASSIGN || node->left->op != NAME) return false;
   const NODE *source = skip_conversions(node->right);
   if (source->op != NAME) return false;
-  const SYM *home = node->left->u.sym;
-  const SYM *parameter = source->u.sym;
-  return home->level == 2 && parameter->level == 1 && std::strcmp(home->name, parameter->name) == 0;
+  return node->left->u.sym->parameter == source->u.sym;
 }
 
 NODE *refresh_qual(NODE *node) {

@@ -116,7 +116,6 @@ enum SymbolFlags : std::uint16_t {
   CQ_INTERRUPT = 32,
   CQ_REGISTER = 128,
   CQ_REENTRANT = 2048,
-  CQ_OUTERMOST = 4096, // of the outermost scope of the body that is being read
   CQ_ALIASED = 8192,
   CQ_WRITTEN = 16384,
   CQ_REFERENCED = 32768,
@@ -125,8 +124,9 @@ enum SymbolFlags : std::uint16_t {
 
 struct SYM {
   SYM *next;
-  SYM *tag;   // struct, union, enum: the symbol of the tag
-  NODE *init; // global: constant initial value in the global zone; local: working slot
+  SYM *tag;       // struct, union, enum: the symbol of the tag
+  SYM *parameter; // a parameter's home: the parameter that the prologue copies to it; else none
+  NODE *init;     // global: constant initial value in the global zone; local: working slot
   std::uint32_t *dims;
   PRAGMAS *pragmas;    // or none
   std::int32_t size;   // bits

@@ -21,6 +21,8 @@ constexpr int max_levels = 64; // deeper than any file may nest
 struct SymbolTables {
   std::array<std::vector<SYM *>, max_levels> by_index; // [lexical level][index]
   std::unordered_map<std::string_view, SYM *> tag_placeholders;
+  std::unordered_map<std::string_view, SYM *> file_objects;  // objects and functions by name
+  std::unordered_map<std::string_view, SYM *> block_objects; // extern ones of the function's blocks
 };
 
 SymbolTables tables;
@@ -74,6 +76,7 @@ void clear_symbol_tables() {
 void clear_local_symbols() {
   for (std::size_t level = 1; level < tables.by_index.size(); ++level)
     tables.by_index[level].clear();
+  tables.block_objects.clear();
   state.local_syms = state.temp_syms = nullptr;
   state.scalar_syms = state.static_syms = state.other_syms = state.misc_syms = nullptr;
   state.temp_counter = 0;
@@ -85,6 +88,21 @@ void register_symbol(SYM *sym, int lexical_level, int index) {
   const auto position = static_cast<std::size_t>(index);
   if (position >= level.size()) level.resize(position + 1, nullptr);
   level[position] = sym;
+}
+
+SYM *linked_symbol(SYM *sym) {
+  const bool is_external = sym->sclass == C_EXT || sym->sclass == C_EXTDEF;
+  const bool is_static = sym->sclass == C_STAT || sym->sclass == C_USTATIC;
+  if (sym->level == 0 && (is_external || is_static)) {
+    tables.file_objects.insert_or_assign(sym->name, sym);
+    return sym;
+  }
+  if (!is_external) return sym;
+  const auto in_file = tables.file_objects.find(sym->name);
+  SYM *first = in_file != tables.file_objects.end()
+                   ? in_file->second
+                   : tables.block_objects.try_emplace(sym->name, sym).first->second;
+  return first->stype == sym->stype ? first : sym;
 }
 
 SYM *sym_find_or_none(int level, int index) {

@@ -15,6 +15,11 @@ void clear_symbol_tables();
 // Empties the chains of the current function and its table: a function's records begin.
 void clear_local_symbols();
 
+// The symbol that stands for what sym declares, from all its declarations so far: a block's own
+// extern declaration means an object or function of the file, or of an earlier block of the
+// function, which the passes must see as one. sym itself when it is the first, or no such
+// declaration.
+[[nodiscard]] SYM *linked_symbol(SYM *sym);
 // Makes a symbol findable by its level and index.
 void register_symbol(SYM *sym, int lexical_level, int index);
 // The symbol, or none for a negative level. A symbol that the file did not declare ends the run.

@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace velkor {
 namespace {
@@ -42,6 +43,9 @@ struct Packet {
 
 // Scope indices of the scopes that are open around the current one, by lexical level.
 std::array<int, max_scope_depth> outer_scope_index{};
+
+// No statement of the function so far but copies of its parameters to their homes.
+bool in_prologue = false;
 
 void skip_fields(std::size_t bytes) {
   need(bytes);
@@ -83,6 +87,36 @@ bool read_pragma(Packet &packet) {
   return true;
 }
 
+// home = parameter, under one name in the body's outermost scope: by that the front end tells the
+// home of a parameter. The statement is not yet simplified.
+bool note_home(const NODE *copy) {
+  if (copy->op != ASSIGN || copy->left->op != NAME) return false;
+  const NODE *source = copy->right;
+  while (source->op == SCONV || source->op == PCONV || source->op == ISP2CHAR)
+    source = source->left;
+  if (source->op != NAME) return false;
+  SYM *home = copy->left->u.sym;
+  SYM *parameter = source->u.sym;
+  if (home->level != 2 || parameter->level != 1 || std::strcmp(home->name, parameter->name) != 0)
+    return false;
+  home->parameter = parameter;
+  return true;
+}
+
+// The homes are told by the statements at the head of the body, with nothing between them but
+// pragmas and comments.
+void note_homes(const NODE *statement) {
+  if (!in_prologue || statement->op == PPRAGMA) return;
+  if (state.lexical_level == 2) {
+    const bool is_list = statement->op == PCOMMA;
+    for (; statement->op == PCOMMA; statement = statement->left)
+      note_home(statement->right);
+    in_prologue = note_home(statement) || is_list;
+  } else {
+    in_prologue = false;
+  }
+}
+
 void read_statement(Packet &packet) {
   need(4);
   packet.kind = PACKET_STATEMENT;
@@ -90,6 +124,7 @@ void read_statement(Packet &packet) {
   const int line2 = take_s16();
   NODE *tree = read_tree();
   if (tree->op == ENDINIT) bad_input("an end of initial value where a statement is expected");
+  note_homes(tree);
   packet.tree = simplify_tree(tree);
   state.cur_line2 = line2;
 }
@@ -218,6 +253,7 @@ void begin_function(const Packet &packet) {
   state.has_bit_fields = false;
   state.assertions_present = false;
   state.label_counter = 0;
+  in_prologue = true;
   state.function_is_leaf = true;
   state.begin_value = static_cast<std::int16_t>(packet.value);
   find_function();
@@ -263,6 +299,7 @@ void require_body(const char *what) {
 void add_label(int index) {
   require_body("a label");
   if (index < 1) bad_input("a label with number %d", index);
+  in_prologue = false;
   add_statement(make_labeldef(label_new(index, nullptr, nullptr)), 0, state.cur_line2);
 }
 

@@ -125,10 +125,9 @@ void chain_symbol(SYM *sym, SYM *&chain) {
 // Puts the symbol into the tables and chains, and into the output as far as its place tells.
 // Returns whether it was written.
 bool sym_add(SYM *sym, std::uint8_t record_byte, bool may_write) {
-  if (sym->sclass != C_LABEL) register_symbol(sym, state.lexical_level, sym->index);
+  if (sym->sclass != C_LABEL) register_symbol(linked_symbol(sym), state.lexical_level, sym->index);
   sym->key = static_cast<std::uint32_t>(sym->level) << 20 | static_cast<std::uint32_t>(sym->index);
   if (sym->sclass == C_VREG || sym->sclass == C_REG) sym->sclass = C_AUTO;
-  if (sym->level == 2) sym->scqual |= CQ_OUTERMOST;
   if (sym->level > 1) sym->level = 2;
   if (options.opt_level > 0 && sym->level > 1 && sym->sclass == C_AUTO) forget_const(sym);
   const bool parameter_written_later = options.opt_level > 2 && sym->level == 1;

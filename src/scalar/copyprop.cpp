@@ -19,7 +19,6 @@
 #include "scalar/split_commas.h"
 #include "simplify/simplify.h"
 
-#include <cstring>
 #include <unordered_map>
 
 namespace velkor {
@@ -31,13 +30,14 @@ constexpr int most_rounds = 19;
 // Before the walk
 
 // A local that takes the parameter as it is, ahead of the conversion.
-SYM *make_parameter_copy(const SYM *parameter) {
+SYM *make_parameter_copy(SYM *parameter) {
   SYM *copy = new_symbol(1, parameter->name);
   SYM *next = state.temp_syms;
   char *name = copy->name;
   *copy = *parameter;
   copy->next = next;
   copy->name = name;
+  copy->parameter = parameter;
   copy->init = nullptr;
   copy->pragmas = nullptr;
   copy->key = 0;
@@ -63,11 +63,10 @@ void split_parameter_copy(NODE *assignment, LIST *&list) {
   if (source->op != SCONV && source->type == assignment->left->type) return;
   while (source->op == SCONV)
     source = source->left;
-  const SYM *home = assignment->left->u.sym;
-  if (source->op != NAME || source->u.sym->level != 1 || home->level != 2 ||
-      std::strcmp(home->name, source->u.sym->name) != 0)
-    return;
+  SYM *home = assignment->left->u.sym;
+  if (source->op != NAME || home->parameter != source->u.sym) return;
   SYM *copy = make_parameter_copy(source->u.sym);
+  home->parameter = nullptr; // the copy is the home from here on
   NODE *parameter = copy_node(source);
   source->u.sym = copy;
   NODE *target = make_name(copy);

@@ -15,6 +15,18 @@ struct NodeChain {
   int length = 0;
 };
 
+// Operations by their opcode and the numbers of their operands: a hash table whose entries of one
+// slot are linked, newest first.
+struct ExpressionTable {
+  struct Entry {
+    NODE *node;
+    std::uint32_t key;
+    std::int32_t older; // position of the next older entry of the slot, or -1
+  };
+  std::vector<Entry> entries;       // oldest first
+  std::vector<std::int32_t> newest; // by slot; a power of two of them
+};
+
 // x = e, from the end of its statement on: while x has that number, x holds the value.
 struct ValueCopy {
   const NODE *target; // the NAME x
@@ -42,10 +54,10 @@ struct LocalCse {
   // The extended block.
   std::int32_t oldest_number = 0; // a symbol's number up to this one is of an earlier block
   std::array<NodeChain, 101> icon_buckets;
-  std::array<NodeChain, 101> expr_buckets;
+  ExpressionTable operations;
+  ExpressionTable similar; // sums by their pointer, absolute addresses, constants of several terms
   NodeChain fcon_list;
   NodeChain scon_list;
-  NodeChain unary_list;
   NodeChain addr_list;
   NodeChain load_list;
   NodeChain name_list;
@@ -121,12 +133,17 @@ void scan_function();
 // Forgets all that is known.
 void empty_tables();
 
+// Can the node have no number: for its effects, or for an operand without one?
+[[nodiscard]] bool is_blocked(const NODE *node);
+
+// Do both hold the same value, as far as their numbers tell? Two missing operands do.
+[[nodiscard]] bool same_number(const NODE *a, const NODE *b);
+
 // Each gives the node a number, and marks it when its value is known already.
 void number_icon(NODE *node);
 void number_fcon(NODE *node);
 void number_scon(NODE *node);
 void number_address(NODE *node);
-void number_expression(NODE *node);
 void number_pure_call(NODE *node);
 void number_argref(NODE *node);
 void number_memory_name(NODE *node);
@@ -139,10 +156,6 @@ void enter_stored_name(NODE *node);
 
 // Would the place be found in the tables? For trees that have no numbers yet.
 [[nodiscard]] bool is_available(const NODE *place);
-
-// (a + K), K out of reach of an access of the type  ->  ((a + K2) + (K - K2)), where (a + K2) is
-// known and K - K2 is in reach. The address has just been numbered.
-void use_nearby_address(NODE *address, TypeWord access_type);
 
 // Fills local_cse.effects for a statement, before anything in it is rewritten.
 void note_statement_effects(const NODE *statement);
@@ -157,6 +170,16 @@ void make_CSE_DUPE(NODE *node, NODE *first);
 
 // The pending copies are known from now on: the statement ends.
 void publish_copies();
+
+// ------------------------------------------------------------------------------------------------
+// lcse_expressions.cpp: the table of operations
+
+void number_expression(NODE *node);
+void empty_operations();
+
+// (a + K), K out of reach of an access of the type  ->  ((a + K2) + (K - K2)), where (a + K2) is
+// known and K - K2 is in reach. The address has just been numbered.
+void use_nearby_address(NODE *address, TypeWord access_type);
 
 // ------------------------------------------------------------------------------------------------
 // lcse_kills.cpp: what is not known any more

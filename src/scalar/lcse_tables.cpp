@@ -9,7 +9,6 @@
 #include "core/output.h"
 #include "core/questions.h"
 #include "core/state.h"
-#include "core/target.h"
 #include "core/zones.h"
 #include "diag/infix.h"
 #include "scalar/lcse.h"
@@ -17,7 +16,6 @@
 #include "scalar/subranges.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
 namespace velkor {
@@ -26,7 +24,6 @@ namespace {
 // Nodes that a chain remembers. Twice as many may hang in it before the older half goes.
 constexpr int chain_memory = 64;
 constexpr int load_memory = 256;
-constexpr int hashed_links = 64; // of a spine, so that the sum of thousands of terms costs no more
 constexpr std::int32_t largest_small_icon = 127; // has one number, whatever its type
 
 using Buckets = std::array<NodeChain, 101>;
@@ -58,13 +55,6 @@ void enter(NodeChain &chain, NODE *node) {
   if (++chain.length < 2 * chain_memory) return;
   cut_behind(chain.head, chain_memory);
   chain.length = chain_memory;
-}
-
-void remove_head(NodeChain &chain) {
-  LIST *cell = chain.head;
-  chain.head = cell->next;
-  chain.length -= 1;
-  give_list(cell);
 }
 
 void empty(NodeChain &chain) {
@@ -104,25 +94,8 @@ template <typename Matches> NODE *find(const NodeChain &chain, Matches matches) 
 // computed too early, so it is not entered; its number is its own. What stands behind a list of
 // effects is not computed ahead of them at all, since these may not come back.
 
-bool is_computed_before_call(const NODE *operand) {
-  return operand->nsize <= local_cse.number_at_call || is_constant_tree(skip_marks(operand));
-}
-
-bool may_enter_operation(const NODE *node) {
-  if (local_cse.enters_nothing) return false;
-  if (local_cse.number_at_call < 0) return true;
-  return is_computed_before_call(node->left) &&
-         (!node->right || is_computed_before_call(node->right));
-}
-
 bool may_enter_place() {
   return !local_cse.enters_nothing && local_cse.number_at_call < 0;
-}
-
-// Enters the node under a new number, or gives it a number of its own.
-void enter_operation(NodeChain &chain, NODE *node) {
-  node->nsize = new_number();
-  if (may_enter_operation(node)) enter(chain, node);
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -151,73 +124,6 @@ bool is_blocked_call(const NODE *call) {
   }
   const NODE *callee = call->left;
   return !(callee->op == ADDRESS && callee->left->op == NAME) && callee->nsize == 0;
-}
-
-bool is_blocked(const NODE *node) {
-  if (is_call(node->op)) return is_blocked_call(node);
-  if (op_effect(node->op) != PURE) return true;
-  switch (node->op) {
-  case ADDRESS:
-    if (is_name_address(node)) return false;
-    break;
-  case NAME: return is_volatile_node(node);
-  case DEREF:
-  case MEMBER:
-  case ARROW:
-    if (is_volatile_node(node)) return true;
-    break;
-  default: break;
-  }
-  return !has_number(node->left) || !has_number(node->right);
-}
-
-bool same_number(const NODE *a, const NODE *b) {
-  if (!a || !b) return a == b;
-  return a->nsize != 0 && a->nsize == b->nsize;
-}
-
-// ------------------------------------------------------------------------------------------------
-// Operations
-
-// A number stands for the bits of a word, whose meaning these operators take from the type.
-bool depends_on_signs(const NODE *node) {
-  switch (node->op) {
-  case SHIFT_RIGHT:
-  case DIVIDE:
-  case REMAINDER:
-  case LE:
-  case LT:
-  case GE:
-  case GT:
-  case ABS: return true;
-  case SCONV: return is_floating(node->type);
-  default: return false;
-  }
-}
-
-bool same_sign(const NODE *a, const NODE *b) {
-  if (!a) return true;
-  const TypeWord first = promote_type(a->type);
-  const TypeWord second = promote_type(b->type);
-  return is_unsigned_integer(first) == is_unsigned_integer(second) &&
-         is_floating(first) == is_floating(second);
-}
-
-bool computes_same_value(const NODE *a, const NODE *b) {
-  if (!compatible_types(a, b)) return false;
-  return !depends_on_signs(a) || (same_sign(a->left, b->left) && same_sign(a->right, b->right));
-}
-
-bool operands_match(const NODE *a, const NODE *b) {
-  if (same_number(a->left, b->left) && same_number(a->right, b->right)) return true;
-  return is_commutative(a->op) && same_number(a->left, b->right) && same_number(a->right, b->left);
-}
-
-// x op (y op z), all constant, may stand in the table in another grouping.
-bool is_constant_chain(const NODE *node) {
-  const bool has_own_operator =
-      node->left->op == node->op || (node->right && node->right->op == node->op);
-  return has_own_operator && is_constant_tree(node);
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -451,6 +357,29 @@ bool same_object(const NODE *a, const NODE *b) {
 
 } // namespace
 
+bool is_blocked(const NODE *node) {
+  if (is_call(node->op)) return is_blocked_call(node);
+  if (op_effect(node->op) != PURE) return true;
+  switch (node->op) {
+  case ADDRESS:
+    if (is_name_address(node)) return false;
+    break;
+  case NAME: return is_volatile_node(node);
+  case DEREF:
+  case MEMBER:
+  case ARROW:
+    if (is_volatile_node(node)) return true;
+    break;
+  default: break;
+  }
+  return !has_number(node->left) || !has_number(node->right);
+}
+
+bool same_number(const NODE *a, const NODE *b) {
+  if (!a || !b) return a == b;
+  return a->nsize != 0 && a->nsize == b->nsize;
+}
+
 void note_statement_effects(const NODE *statement) {
   StatementEffects &effects = local_cse.effects;
   effects = StatementEffects{};
@@ -495,12 +424,10 @@ SYM *address_base(const NODE *address) {
 void empty_tables() {
   for (NodeChain &bucket : local_cse.icon_buckets)
     if (bucket.head) empty_icons(bucket);
-  for (NodeChain &bucket : local_cse.expr_buckets)
-    if (bucket.head) empty(bucket);
-  for (NodeChain *chain :
-       {&local_cse.fcon_list, &local_cse.scon_list, &local_cse.unary_list, &local_cse.addr_list,
-        &local_cse.load_list, &local_cse.name_list, &local_cse.pure_call_list})
+  for (NodeChain *chain : {&local_cse.fcon_list, &local_cse.scon_list, &local_cse.addr_list,
+                           &local_cse.load_list, &local_cse.name_list, &local_cse.pure_call_list})
     empty(*chain);
+  empty_operations();
   free_subranges(local_cse.load_subranges);
   local_cse.load_subranges = nullptr;
   local_cse.copy_list.clear();
@@ -551,22 +478,6 @@ void number_address(NODE *node) {
   if (found) return make_CSE_DUPE(node, found);
   node->nsize = new_number();
   enter(local_cse.addr_list, node);
-}
-
-void number_expression(NODE *node) {
-  if (!node->left || is_blocked(node)) {
-    node->nsize = 0;
-    return;
-  }
-  NodeChain &chain = node->right ? bucket_of(local_cse.expr_buckets, node) : local_cse.unary_list;
-  const bool is_chain = is_constant_chain(node);
-  NODE *found = find(chain, [&](const NODE *entry) {
-    if (entry->op != node->op) return false;
-    return (operands_match(entry, node) && computes_same_value(entry, node)) ||
-           (is_chain && trees_equal(entry, node, false));
-  });
-  if (found) return make_CSE_DUPE(node, found);
-  enter_operation(chain, node);
 }
 
 void number_pure_call(NODE *node) {
@@ -667,99 +578,6 @@ void publish_copies() {
 }
 
 // ------------------------------------------------------------------------------------------------
-// Nearby addresses
-
-namespace {
-
-// The entry (a + K2), of the same a and type, from which K is in reach.
-NODE *find_nearby_sum(const NodeChain &bucket, const NODE *address, TypeWord access_type) {
-  const auto wanted = static_cast<std::uint32_t>(address->right->u.lval);
-  return find(bucket, [&](const NODE *entry) {
-    if (entry == address || entry->op != ADD || entry->right->op != ICON ||
-        entry->type != address->type || !same_number(entry->left, address->left))
-      return false;
-    const auto base = static_cast<std::uint32_t>(entry->right->u.lval);
-    return offset_fits(static_cast<std::int32_t>(wanted - base), access_type, false);
-  });
-}
-
-// The constant operand may be known by its number elsewhere: it is replaced, not changed.
-void set_distance(NODE *address, NODE *nearby, std::int32_t distance) {
-  address->left = nearby;
-  address->right = make_icon(distance, INT);
-  number_icon(address->right);
-  address->nsize = new_number();
-}
-
-void split_sum(NODE *address, NODE *entry) {
-  NODE *constant = address->right;
-  const auto distance = static_cast<std::int32_t>(static_cast<std::uint32_t>(constant->u.lval) -
-                                                  static_cast<std::uint32_t>(entry->right->u.lval));
-  NODE *known = make_icon(entry->right->u.lval, constant->type);
-  number_icon(known);
-  NODE *nearby = make_node(ADD, address->left, known, address->type);
-  erase_node(constant);
-  make_CSE_DUPE(nearby, entry);
-  set_distance(address, nearby, distance);
-}
-
-bool is_absolute_address(const NODE *node) {
-  return node->op == IDENTITY && (node->left->op == PCONV || node->left->op == ISP2CHAR) &&
-         node->left->left->op == ICON;
-}
-std::int32_t absolute_value(const NODE *identity) {
-  return identity->left->left->u.lval;
-}
-
-void use_nearby_sum(NODE *address, TypeWord access_type) {
-  if (address->right->op != ICON) return;
-  const std::int32_t constant = address->right->u.lval;
-  if (constant == 0 || offset_fits(constant, access_type, false)) return;
-  NodeChain &bucket = bucket_of(local_cse.expr_buckets, address);
-  if (!bucket.head || bucket.head->item != address) return;
-  NODE *entry = find_nearby_sum(bucket, address, access_type);
-  if (!entry) return;
-  remove_head(bucket);
-  split_sum(address, entry);
-}
-
-void use_nearby_constant(NODE *address, TypeWord access_type) {
-  const std::int32_t value = absolute_value(address);
-  NodeChain &chain = local_cse.unary_list;
-  if (value == 0 || offset_fits(value, access_type, false)) return;
-  if (!chain.head || chain.head->item != address) return;
-  NODE *conversion = address->left;
-  NODE *entry = find(chain, [&](const NODE *other) {
-    if (other == address || !is_absolute_address(other) || other->type != address->type)
-      return false;
-    const auto distance =
-        static_cast<std::uint32_t>(value) - static_cast<std::uint32_t>(absolute_value(other));
-    return offset_fits(static_cast<std::int32_t>(distance), access_type, false);
-  });
-  // The conversion goes away with the address, so it must not stay in the table either.
-  if (!entry || !chain.head->next || chain.head->next->item != conversion) return;
-  remove_head(chain);
-  remove_head(chain);
-  const auto distance = static_cast<std::int32_t>(
-      static_cast<std::uint32_t>(value) - static_cast<std::uint32_t>(absolute_value(entry)));
-  NODE *nearby = copy_tree(entry);
-  nearby->nsize = 0;
-  erase_tree(conversion);
-  make_CSE_DUPE(nearby, entry);
-  address->op = ADD;
-  set_distance(address, nearby, distance);
-}
-
-} // namespace
-
-void use_nearby_address(NODE *address, TypeWord access_type) {
-  if (address->op == ADD)
-    use_nearby_sum(address, access_type);
-  else if (is_absolute_address(address))
-    use_nearby_constant(address, access_type);
-}
-
-// ------------------------------------------------------------------------------------------------
 // Marking
 
 void make_CSE_DUPE(NODE *node, NODE *first) {
@@ -776,76 +594,6 @@ void make_CSE_DUPE(NODE *node, NODE *first) {
   node->op = CSE_DUPE;
   node->left = first;
   node->right = copy;
-}
-
-// ------------------------------------------------------------------------------------------------
-// Hash
-
-namespace {
-
-std::uint32_t hash_text(std::uint32_t hash, const char *text, std::size_t length) {
-  for (std::size_t i = 0; i < length; ++i)
-    hash = std::rotl(hash, 4) + static_cast<unsigned char>(text[i]);
-  return hash;
-}
-std::uint32_t hash_text(std::uint32_t hash, const char *text) {
-  return hash_text(hash, text, std::strlen(text));
-}
-
-// The constant of p + K does not count.
-bool is_offset_sum(const NODE *node) {
-  return node->op == ADD && is_pointer(node->type) && node->right && node->right->op == ICON;
-}
-
-bool hashes_in_any_order(Opcode op) {
-  switch (op) {
-  case ADD:
-  case BIT_AND:
-  case BIT_OR:
-  case BIT_XOR:
-  case EQ:
-  case NE:
-  case SQUARE: return true;
-  default: return false;
-  }
-}
-
-std::uint32_t hash_operands(std::uint32_t hash, const NODE *node, int depth) {
-  if (hashes_in_any_order(node->op)) {
-    std::uint32_t sum = node->left ? lcse_hash(node->left, depth) : 0;
-    if (node->right) sum += lcse_hash(node->right, depth);
-    return hash ^ (sum << 8);
-  }
-  if (node->right) hash ^= lcse_hash(node->right, depth) << 16;
-  if (node->left) hash ^= lcse_hash(node->left, depth) << 8;
-  return hash;
-}
-
-} // namespace
-
-std::uint32_t lcse_hash(const NODE *tree, int depth) {
-  tree = skip_marks(tree);
-  std::uint32_t hash = tree->op;
-  for (int links = 0; tree->left && links < hashed_links; ++links) {
-    if (depth >= 1 && tree->right && !is_offset_sum(tree)) break;
-    tree = skip_marks(tree->left);
-    hash -= tree->op ^ 157u;
-  }
-  if (depth < 1) return hash;
-  switch (tree->op) {
-  case NAME: return hash_text(hash, tree->u.sym->name);
-  case SCON: return hash_text(hash, tree->aux.text, static_cast<std::size_t>(tree->u.lval));
-  case XCALL:
-  case ICALL: return hash_text(hash, tree->u.name);
-  case ICON: {
-    const auto value = static_cast<std::uint32_t>(tree->u.lval);
-    return hash ^ (value >> 16) ^ value;
-  }
-  case FCON: return hash_text(hash + tree->type, tree->aux.text);
-  case MEMBER:
-  case ARROW: return hash_text(hash + lcse_hash(tree->left, depth), tree->right->u.sym->name);
-  default: return hash_operands(hash, tree, depth - 1);
-  }
 }
 
 } // namespace velkor

@@ -10,7 +10,6 @@
 #include "storage/statement_uses.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 namespace velkor {
@@ -157,7 +156,7 @@ private:
     const SYM *parameter = source->u.sym;
     // A parameter lives until its own home is filled: no home that is filled earlier may lie on it.
     if (is_candidate(parameter)) set_add(live_, parameter->count);
-    if (std::strcmp(x->name, parameter->name) != 0) {
+    if (x->parameter != parameter) {
       keep_as_referenced(x);
       return;
     }

@@ -61,13 +61,13 @@ TEST_F(CompareTest, AConstHomeStandsForItsParameter) {
   EXPECT_FALSE(trees_equal(name(home), converted, false));
   home->squal = 1;
   EXPECT_FALSE(trees_equal(name(home), converted, false)) << "a constant of an inner scope";
-  home->scqual = CQ_OUTERMOST;
+  home->parameter = parameter;
   EXPECT_TRUE(trees_equal(name(home), converted, false));
   EXPECT_TRUE(trees_equal(converted, name(home), false));
   SYM *same_type = symbol("_p", INT, 1, C_REGPARM);
+  EXPECT_FALSE(trees_equal(name(home), name(same_type), false)) << "of another function";
+  home->parameter = same_type;
   EXPECT_TRUE(trees_equal(name(home), name(same_type), false));
-  home->scqual = 0;
-  EXPECT_FALSE(trees_equal(name(home), name(same_type), false));
 }
 
 TEST_F(CompareTest, ConditionsMeetTheirContrary) {
