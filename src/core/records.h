@@ -125,8 +125,11 @@ enum SymbolFlags : std::uint16_t {
 
 struct SYM {
   SYM *next;
-  SYM *tag;   // struct, union, enum: the symbol of the tag
-  NODE *init; // global: constant initial value in the global zone; local: working slot
+  SYM *tag; // struct, union, enum: the symbol of the tag
+  union {
+    NODE *init; // global: constant initial value in the global zone; local: working slot
+    SYM *copy;  // local: its copy while an inline body is recorded or expanded
+  };
   std::uint32_t *dims;
   PRAGMAS *pragmas;    // or none
   std::int32_t size;   // bits
