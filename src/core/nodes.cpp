@@ -27,8 +27,8 @@ std::size_t aux_text_bytes(const NODE *node) {
   return std::strlen(node->aux.text) + 1;
 }
 
-char *global_copy(const char *text, std::size_t bytes) {
-  auto *copy = static_cast<char *>(zalloc(0, bytes));
+char *copy_bytes(int zone, const char *text, std::size_t bytes) {
+  auto *copy = static_cast<char *>(zalloc(zone, bytes));
   std::memcpy(copy, text, bytes);
   return copy;
 }
@@ -291,14 +291,19 @@ NODE *copy_tree(const NODE *tree) {
   }
 }
 
+NODE *copy_node_with_text(int zone, const NODE *node) {
+  NODE *copy = zone == 0 ? static_cast<NODE *>(zalloc(0, sizeof(NODE))) : take_node();
+  *copy = *node;
+  if (has_aux_text(node->op) && node->aux.text)
+    copy->aux.text = copy_bytes(zone, node->aux.text, aux_text_bytes(node));
+  if (has_routine_name(node->op))
+    copy->u.name = copy_bytes(zone, node->u.name, std::strlen(node->u.name) + 1);
+  return copy;
+}
+
 NODE *copy_tree_global(const NODE *tree) {
   if (!tree) return nullptr;
-  auto *copy = static_cast<NODE *>(zalloc(0, sizeof(NODE)));
-  *copy = *tree;
-  if (has_aux_text(tree->op) && tree->aux.text)
-    copy->aux.text = global_copy(tree->aux.text, aux_text_bytes(tree));
-  if (has_routine_name(tree->op))
-    copy->u.name = global_copy(tree->u.name, std::strlen(tree->u.name) + 1);
+  NODE *copy = copy_node_with_text(0, tree);
   if (has_left_tree(tree)) copy->left = copy_tree_global(tree->left);
   copy->right = copy_tree_global(tree->right);
   return copy;

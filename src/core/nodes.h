@@ -64,6 +64,8 @@ EDGE *erase_edge(EDGE *cell);
 NODE *copy_node(const NODE *node);
 NODE *copy_tree(const NODE *tree);        // local zone; text and aux stay shared
 NODE *copy_tree_global(const NODE *tree); // global zone, with copies of all text
+// The node alone in the given zone (as zalloc has it), with copies of its text.
+NODE *copy_node_with_text(int zone, const NODE *node);
 LIST *copy_list(const LIST *list);
 // node itself when both children are unchanged, else a copy with the new ones.
 NODE *rebuild_node(NODE *node, NODE *left, NODE *right);

@@ -126,7 +126,10 @@ struct SYM {
   SYM *next;
   SYM *tag;       // struct, union, enum: the symbol of the tag
   SYM *parameter; // a parameter's home: the parameter that the prologue copies to it; else none
-  NODE *init;     // global: constant initial value in the global zone; local: working slot
+  union {
+    NODE *init; // global: constant initial value in the global zone; local: working slot
+    SYM *copy;  // local: its copy while an inline body is recorded or expanded
+  };
   std::uint32_t *dims;
   PRAGMAS *pragmas;    // or none
   std::int32_t size;   // bits

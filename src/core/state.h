@@ -21,6 +21,7 @@ struct State {
   int debug_on = 0; // the debug level, once the debug file is open
   int info_on = 0;
   int pass_number = 0;             // 0: one pass; 1 and 2: the two passes over the file
+  bool inline_available = false;   // some function has an inline body
   bool skip_function = false;      // records are read, but nothing is written
   bool program_is_closed = false;  // no code outside calls this file's external functions
   bool callers_are_known = false;  // no code outside touches this file's external variables
@@ -59,6 +60,9 @@ struct State {
   SYM *other_syms = nullptr;
   SYM *misc_syms = nullptr;
   int temp_counter = 0;
+  SYMLIST *inline_statics = nullptr;       // brought in by inlining, neither autos nor parameters
+  SYMLIST *inline_limit_reached = nullptr; // functions that inlining has nested too deep
+  int inlined_nodes = 0;                   // brought in by inlining
   LIST *alloc_comments = nullptr; // ASM comments of the allocator; the last one goes out first
 };
 

@@ -67,6 +67,30 @@ SYM *new_symbol(int zone, std::string_view name) {
   return sym;
 }
 
+SYM *copy_symbol(int zone, const SYM *sym) {
+  SYM *copy = new_symbol(zone, sym->name);
+  char *const name = copy->name;
+  *copy = *sym;
+  copy->name = name;
+  copy->next = nullptr;
+  copy->parameter = nullptr; // only the function's own prologue fills a home
+  copy->init = nullptr;
+  copy->dims = nullptr;
+  if (sym->ndims != 0) {
+    const std::size_t bytes = sym->ndims * sizeof(std::uint32_t);
+    copy->dims = static_cast<std::uint32_t *>(zalloc(zone, bytes));
+    std::memcpy(copy->dims, sym->dims, bytes);
+  }
+  if (const PRAGMAS *pragmas = sym->pragmas) {
+    const auto bytes = static_cast<std::size_t>(pragmas->bytes);
+    auto *entries = static_cast<unsigned char *>(zalloc(zone, bytes));
+    std::memcpy(entries, pragmas->entries, bytes);
+    copy->pragmas =
+        new (zalloc(zone, sizeof(PRAGMAS))) PRAGMAS{copy, pragmas->bytes, pragmas->count, entries};
+  }
+  return copy;
+}
+
 void clear_symbol_tables() {
   tables = SymbolTables{};
   state.global_syms = nullptr;

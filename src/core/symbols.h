@@ -10,6 +10,9 @@ namespace velkor {
 // A new symbol in the given zone with all fields cleared but the name, count -1.
 [[nodiscard]] SYM *new_symbol(int zone, std::string_view name);
 
+// The symbol in the given zone, with its dimensions and pragma entries; linked to nothing.
+[[nodiscard]] SYM *copy_symbol(int zone, const SYM *sym);
+
 // Empties all symbol tables and chains: a run begins.
 void clear_symbol_tables();
 // Empties the chains of the current function and its table: a function's records begin.

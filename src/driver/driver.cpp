@@ -17,6 +17,8 @@
 #include "icode/output_file.h"
 #include "icode/reader.h"
 #include "icode/record_writer.h"
+#include "interproc/inline_bodies.h"
+#include "interproc/inline_calls.h"
 #include "simplify/constant_text.h"
 #include "simplify/simplify.h"
 #include "simplify/truth.h"
@@ -172,6 +174,8 @@ void prepare_interprocedural_state() {
 void run_function_pipeline() {
   state.pass_number = 0;
   while (read_function()) {
+    if (state.function_is_inline) record_inline_definition();
+    if (state.skip_function && !(state.cur_fun->flags & FUN_is_suppressed)) read_skipped_function();
     if (!state.skip_function) run_function_passes();
     state.skip_function = false;
     end_of_function();
@@ -224,6 +228,7 @@ void reset_everything() {
   release_all_zones();
   clear_functions();
   clear_symbol_tables();
+  clear_inline_calls();
   options = Options{};
   state = State{};
   run = Run{};

@@ -38,6 +38,8 @@ void write_chain(SYM *chain) {
 }
 
 void write_locals() {
+  for (const SYMLIST *cell = state.inline_statics; cell; cell = cell->next)
+    write_static_local(cell->sym, state.written_locals++, RECORD_SYMBOL);
   for (SYM *chain : {state.local_syms, state.scalar_syms, state.temp_syms, state.other_syms})
     write_chain(chain);
 }

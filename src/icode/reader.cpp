@@ -218,7 +218,8 @@ void open_scope() {
 void classify_inline(const SYM *sym) {
   if ((sym->scqual & CQ_INLINE) && ((sym->scqual & CQ_SUPPRESSED_INLINE) || options.opt_level > 0))
     state.function_is_inline = true;
-  if (sym->scqual & CQ_SUPPRESSED_INLINE) {
+  // What is known not to be integrable is needed as a function.
+  if ((sym->scqual & CQ_SUPPRESSED_INLINE) && !(state.cur_fun->flags & FUN_cannot_inline)) {
     state.skip_function = true;
     state.cur_fun->flags |= FUN_is_suppressed;
   }
@@ -254,13 +255,16 @@ void begin_function(const Packet &packet) {
   state.assertions_present = false;
   state.label_counter = 0;
   in_prologue = true;
+  state.inline_statics = nullptr;
+  state.inline_limit_reached = nullptr;
+  state.inlined_nodes = 0;
   state.function_is_leaf = true;
   state.begin_value = static_cast<std::int16_t>(packet.value);
   find_function();
   classify_inline(state.cur_fun_sym);
   show_progress();
+  state.cur_fun->file_pos = packet.place;
   if (state.pass_number == 1) {
-    state.cur_fun->file_pos = packet.place;
     state.skip_function = true;
     if (!state.cur_fun->source) state.cur_fun->source = copy_text(0, state.cur_source_file);
   } else {
@@ -377,6 +381,12 @@ bool read_function() {
     default: report(">>>PACKET ERROR : %d\n", packet.kind);
     }
   }
+}
+
+void read_skipped_function() {
+  state.skip_function = false;
+  seek_function(state.cur_fun->file_pos);
+  (void)read_function();
 }
 
 void seek_function(FilePosition place) {

@@ -14,6 +14,9 @@ void read_first_block();
 // Reads up to and including the next function; what stands outside functions is written at once.
 // The statements are left in state.statements, newest first. False at the end of the file.
 [[nodiscard]] bool read_function();
+// Reads the current function, which read_function has just read and skipped, once more, for the
+// output.
+void read_skipped_function();
 
 // Puts the cursor where a function begins.
 void seek_function(FilePosition place);

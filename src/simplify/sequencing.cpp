@@ -7,6 +7,7 @@
 #include "core/state.h"
 #include "core/symbols.h"
 #include "core/zones.h"
+#include "interproc/inline_calls.h"
 #include "simplify/patterns.h"
 #include "simplify/sequencing_steps.h"
 #include "simplify/simplify.h"
@@ -291,7 +292,14 @@ void make_base_repeatable(NODE *access, LIST *cell) {
 
 } // namespace
 
-NODE *offer_call(CallUse use, NODE *call, LIST *, NODE *true_target, NODE *false_target) {
+NODE *offer_call(CallUse use, NODE *call, LIST *cell, NODE *true_target, NODE *false_target) {
+  if (state.inline_available) {
+    const std::int32_t true_label = true_target ? true_target->u.lval : 0;
+    const std::int32_t false_label = false_target ? false_target->u.lval : 0;
+    erase_tree(true_target);
+    erase_tree(false_target);
+    return inline_call(use, call, cell, true_label, false_label);
+  }
   if (use != CallUse::TEST) return call;
   NODE *targets = make_node(COMMA, true_target, false_target, INT);
   return simplify_node(make_node(IF, call, targets, INT));

@@ -221,6 +221,19 @@ int variable_slot(Unit &unit, const clang::VarDecl *variable) {
   return number;
 }
 
+// An inline function of C99 that no declaration makes external has no copy of its own in this unit:
+// a call that is not replaced by the body goes to the definition of another one.
+std::uint16_t inline_qualifiers(const clang::FunctionDecl *definition) {
+  if (definition == nullptr || !definition->isInlined() ||
+      definition->hasAttr<clang::NoInlineAttr>()) {
+    return 0;
+  }
+  const bool external = definition->getFormalLinkage() == clang::ExternalLinkage;
+  return external && !definition->isInlineDefinitionExternallyVisible()
+             ? marked_inline | without_own_copy
+             : marked_inline;
+}
+
 int function_slot(Unit &unit, const clang::FunctionDecl *function) {
   llvm::StringRef name = function->getName();
   name.consume_front("__builtin_");
@@ -238,7 +251,7 @@ int function_slot(Unit &unit, const clang::FunctionDecl *function) {
       make_symbol(unit, underscored(name), decl->getType(),
                   defined_class(decl->getFormalLinkage() == clang::ExternalLinkage, false), false,
                   decl->getLocation());
-  slot.symbol.scqual = decl->isInlineSpecified() && definition != nullptr ? 4 : 0;
+  slot.symbol.scqual = inline_qualifiers(definition);
   const int number = add_slot(unit, std::move(slot));
   unit.linked_slots[name.str()] = number;
   return number;

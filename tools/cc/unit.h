@@ -31,6 +31,10 @@ using clang::SourceLocation;
 using file::no_node;
 using file::NodeIndex;
 
+// Marks of a function's symbol.
+inline constexpr std::uint16_t marked_inline = 4;
+inline constexpr std::uint16_t without_own_copy = 8; // where all its calls are replaced
+
 inline constexpr int max_file_symbols = 32767;
 inline constexpr int max_labels = 29999;
 inline constexpr int max_scope_level = 49;
