@@ -24,8 +24,8 @@ namespace {
 
 // Each store goes through the ranges that are known, to drop those that it overlaps. A block that
 // stores to more places than this begins anew, so that the time stays in proportion to its length:
-// at this number the walk through the chain takes about as long as all else that is done to a
-// statement.
+// with this number, a block of 32,000 stores to as many places spends about half as long on its
+// ranges as on all other passes together.
 constexpr int most_ranges = 256;
 
 constexpr int ranges_debug_level = 3;

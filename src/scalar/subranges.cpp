@@ -284,10 +284,8 @@ bool is_followed_scalar(const NODE *access) {
 }
 
 bool is_volatile_access(NODE *access) {
-  for (;; access = access->left) {
-    if (is_volatile_node(options.opt_all_volatile ? refresh_qual(access) : access)) return true;
-    if (access->op != MEMBER) return false;
-  }
+  if (access->op == MEMBER && is_volatile_access(access->left)) return true;
+  return is_volatile_node(refresh_qual(access));
 }
 
 void print_subranges(const char *title, const SUBRANGE *chain, bool only_first) {
