@@ -130,6 +130,7 @@ void judge_parameter_home(SYM *sym) {
 void judge_single_assignment(SYM *sym) {
   const NODE *assignment = sym->init;
   sym->init = nullptr;
+  // In x = home = parameter the one assignment of x ends in the copy of another symbol.
   if (assignment->left->op == NAME && assignment->left->u.sym == sym && is_param_copy(assignment))
     return judge_parameter_home(sym);
   if (!is_constant_like(assignment->right)) {
