@@ -148,8 +148,8 @@ bool may_enter_operation(const NODE *node) {
          (!node->right || is_computed_before_call(node->right));
 }
 
-// Only trees that read alike are joined, with the same names at the same places: variables that hold
-// the same value for the moment part again, and would keep a temporary busy.
+// Only trees that read alike are joined, with the same names at the same places: variables that
+// hold the same value for the moment part again, and would keep a temporary busy.
 std::uint32_t bucket_of(const NODE *node) {
   return node->right ? lcse_hash(node, 2) % expression_buckets : 0;
 }

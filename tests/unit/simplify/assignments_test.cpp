@@ -38,12 +38,14 @@ TEST_F(AssignmentsTest, Values) {
 // The homes of parameters are found by these assignments.
 TEST_F(AssignmentsTest, ParameterCopiesStay) {
   SYM *home = sym("_x");
-  NODE *copy = node(ASSIGN, name(home), name(symbol("_x", INT, 1, C_REGPARM)));
+  home->parameter = symbol("_x", INT, 1, C_REGPARM);
+  NODE *copy = node(ASSIGN, name(home), name(home->parameter));
   EXPECT_EQ(simplify_tree(copy), copy);
   EXPECT_EQ(copy->op, ASSIGN);
   // a narrow one, with its conversion
-  NODE *narrow = node(ASSIGN, name(sym("_c")),
-                      node(SCONV, name(symbol("_c", INT, 1, C_REGPARM)), nullptr, CHAR), CHAR);
+  sym("_c")->parameter = symbol("_c", INT, 1, C_REGPARM);
+  NODE *narrow =
+      node(ASSIGN, name(sym("_c")), node(SCONV, name(sym("_c")->parameter), nullptr, CHAR), CHAR);
   EXPECT_EQ(simplify_tree(narrow)->right->op, SCONV);
 }
 

@@ -21,12 +21,13 @@ protected:
     state.debug_file = nullptr;
   }
 
-  // Turns a local into a parameter that the source calls by another name, no longer than its own.
-  SYM *make_parameter(const char *local, const char *source_name) {
+  // Turns a local into the parameter whose home the other local is. The name must be no longer.
+  SYM *make_parameter(const char *local, const char *home) {
     SYM *parameter = sym(local);
+    sym(home)->parameter = parameter;
     parameter->level = 1;
     parameter->sclass = parameter->orig_sclass = C_REGPARM;
-    std::strcpy(parameter->name, source_name);
+    std::strcpy(parameter->name, home);
     return parameter;
   }
 
