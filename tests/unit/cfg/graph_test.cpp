@@ -38,7 +38,8 @@ TEST_F(GraphTest, SwitchesHaveADefault) {
 
 TEST_F(GraphTest, PragmasStandBehindTheParameterCopies) {
   const auto copy = [&](const char *home) {
-    return make_assign(name(sym(home)), name(symbol(home, INT, 1, C_REGPARM)));
+    sym(home)->parameter = symbol(home, INT, 1, C_REGPARM);
+    return make_assign(name(sym(home)), name(sym(home)->parameter));
   };
   const auto pragma = [] { return node(PPRAGMA, nullptr, nullptr, VOID); };
   for (NODE *statement : {copy("_x"), pragma(), copy("_y"), pragma(), tree("assign(_z,1)")})
