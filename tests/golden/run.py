@@ -4,12 +4,14 @@
 tests/golden/run.py --bin FOLDER [--update] [FILTER]
 
 A file begins with a line `# velkor-opt OPTIONS`, and may go on with `# status 1` when the run must
-fail. Beside NAME.ic stands NAME.out: what velkor-dis prints of the output, or what the program
+fail, with `# shows messages` when what the program prints belongs to what is expected, and with
+`# shows debug REGEX` when the lines of the debug file that match do. Beside NAME.ic stands NAME.out: what velkor-dis prints of the output, or what the program
 printed when it must fail. With --update the expectations are written anew, for review.
 """
 import argparse
 import difflib
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -30,6 +32,17 @@ def directives(text):
     return options, status
 
 
+def shown_text(text, messages, debug_file):
+    """What the file's directives want to see beside the output."""
+    shown = ""
+    if "# shows messages" in text.splitlines():
+        shown += messages
+    for pattern in re.findall(r"^# shows debug (.*)$", text, re.MULTILINE):
+        lines = debug_file.read_text().splitlines(True)
+        shown += "".join(line for line in lines if re.search(pattern, line))
+    return "\n# shown\n" + shown if shown else ""
+
+
 def run(source, bin_folder, work):
     """Returns the output text, or raises RuntimeError with what went wrong."""
     options, expected_status = directives(source.read_text())
@@ -45,8 +58,9 @@ def run(source, bin_folder, work):
         if output.exists() or not icode.exists():
             raise RuntimeError("a failed run left an output file, or took the input")
         return result.stdout
-    return subprocess.run([bin_folder / "velkor-dis", output], check=True, capture_output=True,
-                          text=True).stdout
+    listing = subprocess.run([bin_folder / "velkor-dis", output], check=True, capture_output=True,
+                             text=True).stdout
+    return listing + shown_text(source.read_text(), result.stdout, work / "file.odb")
 
 
 def main():

@@ -76,6 +76,7 @@ int optimize_for_run(const RunRequests &requests, const std::string &input,
   opt.output = output;
   opt.level = requests.level;
   opt.letters = requests.letters;
+  opt.messages_to_error = true; // the standard output is the program's
   return run_opt(opt);
 }
 

@@ -4,12 +4,14 @@
 #include <cstdint>
 #include <cstdio>
 #include <map>
+#include <optional>
 
 #include "core/fun.h"
 #include "core/state.h"
 #include "driver/driver.h"
 #include "driver/pipeline.h"
 #include "velkor/function_text.h"
+#include "velkor/process.h"
 
 namespace velkor::tool {
 namespace {
@@ -152,9 +154,12 @@ int run_opt(const OptRequests &requests) {
   const std::vector<std::string> words = command_line(requests);
   for (const std::string &word : words)
     arguments.push_back(word.c_str());
+  std::optional<OutputToError> redirected;
+  if (requests.messages_to_error || requests.statistics == "json") redirected.emplace();
   const Clock::time_point begin = Clock::now();
   const int status = run_optimizer(static_cast<int>(arguments.size()), arguments.data());
   const std::chrono::duration<double, std::milli> time = Clock::now() - begin;
+  redirected.reset();
   if (status != 0) return last_failure_is_internal() ? 3 : 1;
   if (requests.statistics == "text") print_text_statistics();
   if (requests.statistics == "json") print_json_statistics();

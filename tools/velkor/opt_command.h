@@ -13,8 +13,9 @@ struct OptRequests {
   std::vector<std::string> letters; // further one-letter options, as velkor-opt takes them
   bool verify_each = false;
   bool time = false;
-  std::string statistics;    // empty, "text" or "json"
-  std::string dump_function; // show changes in this function, "*": in all; empty: in none
+  bool messages_to_error = false; // the optimizer's own lines, to standard error
+  std::string statistics;         // empty, "text" or "json"
+  std::string dump_function;      // show changes in this function, "*": in all; empty: in none
   long limit = -1;
 };
 

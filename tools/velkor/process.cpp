@@ -39,6 +39,19 @@ int run_process(const std::vector<std::string> &arguments) {
   return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
+OutputToError::OutputToError() {
+  std::fflush(stdout);
+  output_ = dup(STDOUT_FILENO);
+  if (output_ >= 0) dup2(STDERR_FILENO, STDOUT_FILENO);
+}
+
+OutputToError::~OutputToError() {
+  std::fflush(stdout);
+  if (output_ < 0) return;
+  dup2(output_, STDOUT_FILENO);
+  close(output_);
+}
+
 TemporaryFolder::TemporaryFolder() {
   std::error_code error;
   std::string pattern = (fs::temp_directory_path(error) / "velkor-XXXXXX").string();

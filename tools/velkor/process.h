@@ -13,6 +13,19 @@ namespace velkor::tool {
 // message where it could not be started.
 [[nodiscard]] int run_process(const std::vector<std::string> &arguments);
 
+// While it lives, what this process prints on standard output goes to standard error: the standard
+// output belongs to somebody else.
+class OutputToError {
+public:
+  OutputToError();
+  ~OutputToError();
+  OutputToError(const OutputToError &) = delete;
+  OutputToError &operator=(const OutputToError &) = delete;
+
+private:
+  int output_ = -1;
+};
+
 // A folder of its own for temporary files, removed with everything in it at the end.
 class TemporaryFolder {
 public:
