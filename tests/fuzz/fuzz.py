@@ -57,7 +57,9 @@ def parse_arguments():
 
 
 def generate(seed, source, extra):
-    command = ["csmith", *CSMITH_FLAGS, *extra.split(), "--seed", seed, "-o", source]
+    # A third of the programs mark functions inline.
+    flags = [*CSMITH_FLAGS, *(["--inline-function"] if int(seed) % 3 == 0 else [])]
+    command = ["csmith", *flags, *extra.split(), "--seed", seed, "-o", source]
     try:
         pipeline.must_succeed(command, GENERATE_SECONDS, cwd=source.parent)
     except pipeline.StepFailure as failure:
