@@ -134,9 +134,8 @@ TEST_F(InliningTest, ReturnedValuesAreConverted) {
 }
 
 TEST_F(InliningTest, LocalsBecomeAutosOfTheCaller) {
-  local("_pa register_parameter int* squal=17", 1); // const pointer to const
-  SYM *home = local("_la auto int const", 2);
-  home->scqual |= CQ_OUTERMOST;
+  SYM *given = local("_pa register_parameter int* squal=17", 1); // const pointer to const
+  local("_la auto int const", 2)->parameter = given;
   local("_ea extern_declared int", 2);
   record("_fn", {"assign(_la, deref(_pa))", "assign(_ea, address(_la))", "return(_fn, _la)"});
   state.local_address_taken = false;
@@ -150,7 +149,7 @@ TEST_F(InliningTest, LocalsBecomeAutosOfTheCaller) {
   EXPECT_EQ(parameter->level, 2);
   EXPECT_EQ(parameter->squal, 0u);
   EXPECT_FALSE(is_const_symbol(instance));
-  EXPECT_FALSE(instance->scqual & CQ_OUTERMOST);
+  EXPECT_EQ(instance->parameter, nullptr); // it is no home of the caller's
   EXPECT_TRUE(state.local_address_taken);
   ASSERT_TRUE(state.inline_statics);
   EXPECT_EQ(state.inline_statics->sym, instance->next);
