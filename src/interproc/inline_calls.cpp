@@ -5,7 +5,6 @@
 #include "core/fun.h"
 #include "core/nodes.h"
 #include "core/output.h"
-#include "core/questions.h"
 #include "core/state.h"
 #include "core/symbols.h"
 #include "diag/readable_name.h"
@@ -13,7 +12,6 @@
 #include "simplify/sequencing_steps.h"
 #include "simplify/simplify.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
