@@ -11,6 +11,7 @@
 #include "scalar/combine_assignments.h"
 #include "scalar/live_variables.h"
 #include "scalar/split_edge.h"
+#include "scalar/value_copies.h"
 #include "simplify/patterns.h"
 
 #include <cstddef>
@@ -35,13 +36,7 @@ bool is_local_candidate(const NODE *node) {
 bool yields_constant(const NODE *value) {
   while (value->op == SCONV || value->op == PCONV)
     value = value->left;
-  switch (value->op) {
-  case ICON:
-  case SCON:
-  case FCON: return true;
-  case ADDRESS: return value->left->op == NAME;
-  default: return false;
-  }
+  return is_constant_or_name_address(value);
 }
 
 // x = constant, and x = x + constant where self_ok.

@@ -147,13 +147,7 @@ void count(NODE *tree, bool track_constants) {
 bool is_settled_value(const NODE *value) {
   while (value->op == PCONV || value->op == SCONV)
     value = value->left;
-  switch (value->op) {
-  case ICON:
-  case FCON:
-  case SCON: return true;
-  case ADDRESS: return value->left->op == NAME;
-  default: return false;
-  }
+  return is_constant_or_name_address(value);
 }
 
 // Names with settled values are replaced; returns what stands in the tree's place.

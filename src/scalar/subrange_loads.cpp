@@ -83,14 +83,8 @@ const SUBRANGE *find_available(NODE *access) {
 bool is_repeatable_value(const NODE *value) {
   while (value->op == PCONV || value->op == ISP2CHAR)
     value = value->left;
-  switch (value->op) {
-  case ICON:
-  case FCON:
-  case SCON: return true;
-  case ADDRESS: return value->left->op == NAME;
-  case NAME: return is_constant_temporary(value->u.sym);
-  default: return false;
-  }
+  return is_constant_or_name_address(value) ||
+         (value->op == NAME && is_constant_temporary(value->u.sym));
 }
 
 // place = e  ->  Y$n = (place = e)

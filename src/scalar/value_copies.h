@@ -24,6 +24,17 @@ namespace velkor {
   return (sym->name[0] == 'K' || sym->name[0] == 'Q') && sym->name[1] == '$';
 }
 
+// A constant, or the address of a named object: the same wherever it is computed.
+[[nodiscard]] inline bool is_constant_or_name_address(const NODE *value) {
+  switch (value->op) {
+  case ICON:
+  case FCON:
+  case SCON: return true;
+  case ADDRESS: return value->left->op == NAME;
+  default: return false;
+  }
+}
+
 // p = p + K, p = p - K, with p a pointer of the frame: replacing p would only hide that it steps.
 [[nodiscard]] bool is_pointer_step(const NODE *assignment);
 
