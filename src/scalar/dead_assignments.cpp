@@ -31,9 +31,10 @@ enum class Use : std::uint8_t {
 
 class DeadWalk {
 public:
-  explicit DeadWalk(Set live_behind) : live_(live_behind) {}
+  // live: what is live behind the statements; in the end what is live in front of them.
+  explicit DeadWalk(SparseSet &live) : live_(live) {}
 
-  // live becomes what is live in front of the statement. Returns what is left of it, or none.
+  // Statements come from the last to the first. Returns what is left of this one, or none.
   NODE *walk_statement(LIST *cell);
 
 private:
@@ -55,7 +56,7 @@ private:
     return node->op == NAME && is_candidate(node->u.sym) && !is_live(node->u.sym);
   }
 
-  Set live_;
+  SparseSet &live_;
   const LIST *cell_ = nullptr;
   bool operand_changed_ = false;
 };
@@ -75,10 +76,8 @@ void DeadWalk::note_reference(const SYM *sym) {
 }
 
 void DeadWalk::note_call(const NODE *call) {
-  if (call_may_reenter(call))
-    set_union(live_, live_variables.statics_at_entry, live_variables.words);
-  if (may_not_return(call))
-    set_union(live_, live_variables.static_candidates, live_variables.words);
+  if (call_may_reenter(call)) set_union(live_, live_variables.statics_at_entry);
+  if (may_not_return(call)) set_union(live_, live_variables.static_candidates);
 }
 
 void DeadWalk::note_embedded(const NODE *tree, Use use) const {
@@ -129,7 +128,7 @@ NODE *DeadWalk::walk(NODE *tree, Use use) {
   case UXCALL: note_call(tree); return walk_operands(tree, operand_use(use));
   case ASM:
     if (!is_comment_asm(tree)) // what it calls may come back
-      set_union(live_, live_variables.static_candidates, live_variables.words);
+      set_union(live_, live_variables.static_candidates);
     return tree;
   default:
     if (asgop_base(tree->op) != ILLOP) return walk_compound_assignment(tree, use);
@@ -261,11 +260,10 @@ NODE *DeadWalk::walk_statement(LIST *cell) {
 // The function
 
 void find_live_behind(BB *block) {
-  const int words = live_variables.words;
-  if (!block->succs) return set_copy(live_out(block), live_variables.static_candidates, words);
-  set_clear(live_out(block), words);
+  if (!block->succs) return set_copy(live_out(block), live_variables.static_candidates);
+  set_clear(live_out(block));
   for (const EDGE *edge = block->succs; edge; edge = edge->next)
-    set_union(live_out(block), live_in(edge->bb), words);
+    set_union(live_out(block), live_in(edge->bb));
 }
 
 void put_in_front(LIST *cell, BB *block) {
@@ -280,10 +278,10 @@ void put_in_front(LIST *cell, BB *block) {
 // Returns whether the block has come to be a mere jump.
 bool clean_block(BB *block, bool unnest) {
   find_live_behind(block);
-  const Set live = new_set_copy(live_out(block), live_variables.words);
+  set_copy(live_in(block), live_out(block));
   live_variables.embedded_asg_seen = false;
   bool is_mere_jump = false;
-  DeadWalk walk(live);
+  DeadWalk walk(live_in(block));
   LIST *pending = list_reverse_onto(block->trees, nullptr);
   block->trees = nullptr;
   while (LIST *cell = pending) {
@@ -297,7 +295,6 @@ bool clean_block(BB *block, bool unnest) {
     }
   }
   if (unnest && live_variables.embedded_asg_seen) unnest_block(block);
-  set_copy(live_in(block), live, live_variables.words);
   return is_mere_jump;
 }
 
@@ -310,9 +307,8 @@ bool clean_blocks(bool unnest) {
 }
 
 void find_statics_at_entry() {
-  live_variables.statics_at_entry =
-      new_set_copy(live_variables.static_candidates, live_variables.words);
-  set_intersect(live_variables.statics_at_entry, live_in(state.first_bb), live_variables.words);
+  set_copy(live_variables.statics_at_entry, live_variables.static_candidates);
+  set_intersect(live_variables.statics_at_entry, live_in(state.first_bb));
 }
 
 constexpr std::uint32_t no_key = ~0u;
@@ -338,7 +334,7 @@ void drop_unused_symbols() {
 
 void elim_dead_assigns(bool delay, bool unnest) {
   sym_split();
-  find_live_variables(true);
+  find_live_variables(LiveFor::DEAD_CODE);
   for (SYM *sym = state.scalar_syms; sym; sym = sym->next)
     sym->key = 0;
   if (live_variables.num_candidates == 0) return drop_unused_symbols();

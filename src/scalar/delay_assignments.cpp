@@ -226,23 +226,28 @@ FirstMentions &mentions_in(const BB *block) {
 
 // Which candidates the block mentions at most: most blocks on the way of an assignment do without
 // its variable, and tell so at once. Takes over a set that nobody needs any more.
-Set &mentioned_in(BB *block) {
+SparseSet &mentioned_in(BB *block) {
   return uses(block);
 }
 
-void add_mentions(Set set, const NODE *tree) {
+void add_all_candidates(SparseSet &set) {
+  for (int number = 0; number < live_variables.num_candidates; ++number)
+    set_add(set, number);
+}
+
+void add_mentions(SparseSet &set, const NODE *tree) {
   for (; tree; tree = tree->left) {
     if (tree->op == NAME) {
       if (is_candidate(tree->u.sym)) set_add(set, tree->u.sym->count);
       return;
     }
-    if (tree->op == ASM && !is_comment_asm(tree)) set_fill(set, live_variables.words);
+    if (tree->op == ASM && !is_comment_asm(tree)) add_all_candidates(set);
     if (tree->right) add_mentions(set, tree->right);
   }
 }
 
 void find_mentions(BB *block) {
-  set_clear(mentioned_in(block), live_variables.words);
+  set_clear(mentioned_in(block));
   for (const LIST *cell = block->trees; cell; cell = cell->next)
     add_mentions(mentioned_in(block), cell->item);
 }
@@ -440,7 +445,7 @@ bool delay_in_block(BB *block) {
   LIST *pending = list_reverse_onto(block->trees, nullptr);
   block->trees = nullptr;
   FirstMentions &index = first_mentions[block] = {};
-  set_clear(mentioned_in(block), live_variables.words);
+  set_clear(mentioned_in(block));
   while (LIST *cell = pending) {
     pending = cell->next;
     cell->next = block->trees;

@@ -55,7 +55,7 @@ bool is_static_candidate(const SYM *sym) {
          !is_volatile_symbol(sym) && is_scalar(sym->stype);
 }
 
-void number_candidates(bool for_dead_code) {
+void number_candidates(LiveFor use) {
   live_variables = LiveVariables{};
   std::vector<SYM *> candidates;
   for (SYM *sym = state.scalar_syms; sym; sym = sym->next) {
@@ -63,7 +63,7 @@ void number_candidates(bool for_dead_code) {
     candidates.push_back(sym);
   }
   const std::size_t automatic = candidates.size();
-  for (SYM *sym = for_dead_code ? state.static_syms : nullptr; sym; sym = sym->next)
+  for (SYM *sym = use == LiveFor::DEAD_CODE ? state.static_syms : nullptr; sym; sym = sym->next)
     if (is_static_candidate(sym)) {
       number_candidate(sym, "\tLVA candidate %2d is STATIC variable '%s'\n");
       candidates.push_back(sym);
@@ -71,7 +71,6 @@ void number_candidates(bool for_dead_code) {
   live_variables.words = set_words(live_variables.num_candidates);
   live_variables.candidates = static_cast<SYM **>(lalloc(candidates.size() * sizeof(SYM *)));
   std::copy(candidates.begin(), candidates.end(), live_variables.candidates);
-  live_variables.static_candidates = new_set(live_variables.words);
   for (std::size_t number = automatic; number < candidates.size(); ++number)
     set_add(live_variables.static_candidates, static_cast<int>(number));
 }
@@ -79,10 +78,10 @@ void number_candidates(bool for_dead_code) {
 // ------------------------------------------------------------------------------------------------
 // What one block reads and assigns
 
-// The sets of the block at hand.
+// The block at hand.
 struct LocalSets {
-  Set uses;
-  Set defs;
+  SparseSet *uses;
+  SparseSet *defs;
   bool statics_take_part;
 };
 LocalSets local;
@@ -118,8 +117,8 @@ void local_lva_uses(NODE *tree, bool self) {
   for (; tree; tree = tree->left, self = false) {
     switch (tree->op) {
     case NAME:
-      if (is_candidate(tree->u.sym) && !set_has(local.defs, tree->u.sym->count))
-        set_add(local.uses, tree->u.sym->count);
+      if (is_candidate(tree->u.sym) && !set_has(*local.defs, tree->u.sym->count))
+        set_add(*local.uses, tree->u.sym->count);
       return;
     case ASSIGN:
       if (tree->left->op != NAME) break;
@@ -135,11 +134,11 @@ void local_lva_uses(NODE *tree, bool self) {
     case XCALL:
     case UXCALL:
       if (local.statics_take_part && (call_may_reenter(tree) || may_not_return(tree)))
-        set_union(local.uses, live_variables.static_candidates, live_variables.words);
+        set_union(*local.uses, live_variables.static_candidates);
       break;
     case ASM: // what it calls may come back
       if (local.statics_take_part && !is_comment_asm(tree))
-        set_union(local.uses, live_variables.static_candidates, live_variables.words);
+        set_union(*local.uses, live_variables.static_candidates);
       return;
     default:
       if (!self || !is_compound_assignment(tree->op) || tree->left->op != NAME) break;
@@ -172,9 +171,9 @@ void add_definition(const NODE *assignment, bool self, bool conditional) {
   const SYM *sym = assignment->left->u.sym;
   if (!is_candidate(sym) || (self && is_self_update(assignment))) return;
   if (!conditional)
-    set_add(local.defs, sym->count);
-  else if (!set_has(local.defs, sym->count))
-    set_add(local.uses, sym->count);
+    set_add(*local.defs, sym->count);
+  else if (!set_has(*local.defs, sym->count))
+    set_add(*local.uses, sym->count);
 }
 
 // What the statement assigns.
@@ -204,50 +203,40 @@ void local_lva_defs(NODE *tree, bool self, bool conditional) {
   }
 }
 
-void find_local_sets(BB *block, bool for_dead_code) {
-  const int words = live_variables.words;
-  auto *sets = new_set(4 * words);
-  for (void *&slot : block->work) {
-    slot = sets;
-    sets += words;
-  }
-  local = {uses(block), defs(block), !set_is_empty(live_variables.static_candidates, words)};
+void find_local_sets(BB *block, LiveFor use) {
+  make_live_sets(block);
+  local = {&uses(block), &defs(block), !set_is_empty(live_variables.static_candidates)};
   for (LIST *cell = block->trees; cell; cell = cell->next) {
-    local_lva_uses(cell->item, for_dead_code);
-    local_lva_defs(cell->item, for_dead_code, false);
+    local_lva_uses(cell->item, use == LiveFor::DEAD_CODE);
+    local_lva_defs(cell->item, use == LiveFor::DEAD_CODE, false);
   }
-  set_subtract(defs(block), uses(block), words);
-  set_copy(live_in(block), uses(block), words);
+  set_subtract(defs(block), uses(block));
+  set_copy(live_in(block), uses(block));
 }
 
 // ------------------------------------------------------------------------------------------------
 // The whole function
 
-// live_in := (live_out without defs) or uses
-void pass_through_block(BB *block) {
-  Set in = live_in(block);
-  for (int i = 0; i < live_variables.words; ++i)
-    in[i] = (live_out(block)[i] & ~defs(block)[i]) | uses(block)[i];
-}
-
 bool update_live_out(BB *block) {
   if (!block->succs) {
-    set_copy(live_out(block), live_variables.static_candidates, live_variables.words);
+    set_copy(live_out(block), live_variables.static_candidates);
     return false;
   }
   bool changed = false;
   for (const EDGE *edge = block->succs; edge; edge = edge->next)
-    changed |= set_union(live_out(block), live_in(edge->bb), live_variables.words);
+    changed |= set_union(live_out(block), live_in(edge->bb));
   return changed;
 }
 
+// Both sets only grow: live_in is uses from the beginning, and gets what is live behind the block
+// and not assigned there.
 void solve() {
   for (bool changed = true; changed;) {
     changed = false;
     debug_print("\n\tNext iteration of global live variable loop\n");
     for (BB *block = state.first_bb->prev;; block = block->prev) {
       changed |= update_live_out(block);
-      pass_through_block(block);
+      set_union_without(live_in(block), live_out(block), defs(block));
       if (block == state.first_bb) break;
     }
   }
@@ -256,48 +245,55 @@ void solve() {
 // ------------------------------------------------------------------------------------------------
 // What has been given a value
 
-// One set for each block, by dfn.
-class BlockSets {
-public:
-  BlockSets()
-      : sets_(static_cast<std::size_t>(state.num_blocks + 1) *
-              static_cast<std::size_t>(live_variables.words)) {}
-  [[nodiscard]] Set of(const BB *block) {
-    return sets_.data() +
-           static_cast<std::size_t>(block->dfn) * static_cast<std::size_t>(live_variables.words);
-  }
-
-private:
-  std::vector<std::uint32_t> sets_;
-};
-
-void add_entry_candidates(Set seen_in) {
-  for (const SYM *sym = state.scalar_syms; sym; sym = sym->next)
-    if (sym->level == 1 && is_candidate(sym)) set_add(seen_in, sym->count);
-  set_union(seen_in, live_variables.static_candidates, live_variables.words);
-}
-
 // A variable is not live where no path has touched it yet: two variables whose uses lie apart shall
-// not be in each other's way because one of them seems to be read before it is set.
-void restrict_to_touched() {
-  const int words = live_variables.words;
-  BlockSets seen_in;
-  BlockSets seen_out;
-  for (BB *block = state.first_bb; block; block = block->next) {
-    set_copy(seen_out.of(block), uses(block), words);
-    set_union(seen_out.of(block), defs(block), words);
-  }
-  add_entry_candidates(seen_in.of(state.first_bb));
-  for (bool changed = true; changed;) {
-    changed = false;
-    for (const BB *block = state.first_bb; block; block = block->next) {
-      for (const EDGE *edge = block->preds; edge; edge = edge->next)
-        set_union(seen_in.of(block), seen_out.of(edge->bb), words);
-      changed |= set_union(seen_out.of(block), seen_in.of(block), words);
+// not be in each other's way because one of them seems to be read before it is set. A path is
+// followed only as far as the variable is live, which loses nothing: from the last touch to where
+// it is live, it is live all the way.
+class Touched {
+public:
+  Touched() : sets_(static_cast<std::size_t>(state.num_blocks) + 1) {}
+
+  void find() {
+    add_entry_candidates();
+    for (BB *block = state.first_bb; block; block = block->next) {
+      add_live(block, uses(block));
+      add_live(block, defs(block));
+    }
+    for (bool changed = true; changed;) {
+      changed = false;
+      for (BB *block = state.first_bb; block; block = block->next)
+        for (const EDGE *edge = block->preds; edge; edge = edge->next)
+          changed |= add_live(block, behind(edge->bb));
     }
   }
+
+  // Candidates that are live behind the block and have been touched on a way there.
+  SparseSet &behind(const BB *block) { return sets_[static_cast<std::size_t>(block->dfn)]; }
+
+private:
+  bool add_live(BB *block, const SparseSet &touched) {
+    set_copy(live_ones_, touched);
+    set_intersect(live_ones_, live_out(block));
+    return set_union(behind(block), live_ones_);
+  }
+
+  void add_entry_candidates() {
+    SparseSet touched;
+    set_copy(touched, live_variables.static_candidates);
+    for (const SYM *sym = state.scalar_syms; sym; sym = sym->next)
+      if (sym->level == 1 && is_candidate(sym)) set_add(touched, sym->count);
+    add_live(state.first_bb, touched);
+  }
+
+  std::vector<SparseSet> sets_; // by dfn
+  SparseSet live_ones_;         // of the set at hand; kept for its room
+};
+
+void restrict_to_touched() {
+  Touched touched;
+  touched.find();
   for (BB *block = state.first_bb; block; block = block->next)
-    set_intersect(live_out(block), seen_out.of(block), words);
+    live_out(block) = touched.behind(block);
 }
 
 } // namespace
@@ -310,16 +306,22 @@ bool may_not_return(const NODE *call) {
   return reaches(fun, state.unknown_fun) || reaches(fun, fun_find("longjmp"));
 }
 
-void find_live_variables(bool for_dead_code) {
+void make_live_sets(BB *block) {
+  live_sets(block) = static_cast<LiveSets *>(lalloc(sizeof(LiveSets)));
+  *live_sets(block) = LiveSets{};
+}
+
+void find_live_variables(LiveFor use) {
   debug_print("\n\n\t\t\t---------- ENTERING 'find_live_variables' --------\n");
   for (BB *block = state.first_bb; block; block = block->next)
     tidy_statements(block);
-  number_candidates(for_dead_code);
+  number_candidates(use);
   if (live_variables.num_candidates == 0) return;
   for (BB *block = state.first_bb; block; block = block->next)
-    find_local_sets(block, for_dead_code);
+    find_local_sets(block, use);
+  if (use == LiveFor::NOBODY) return;
   solve();
-  if (!for_dead_code) restrict_to_touched();
+  if (use == LiveFor::ALLOCATION) restrict_to_touched();
 }
 
 } // namespace velkor

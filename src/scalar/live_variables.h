@@ -5,7 +5,7 @@
 #pragma once
 
 #include "core/records.h"
-#include "core/sets.h"
+#include "core/sparse_sets.h"
 
 namespace velkor {
 
@@ -14,10 +14,10 @@ namespace velkor {
 // address got away. Bits of such a symbol may stand in the sets; nobody asks for them.
 struct LiveVariables {
   int num_candidates = 0;
-  SYM **candidates = nullptr;      // by number; in the local zone
-  int words = 0;                   // of each set
-  Set static_candidates = nullptr; // candidates that are static locals
-  Set statics_at_entry = nullptr;  // those whose value at entry can be read
+  SYM **candidates = nullptr;  // by number; in the local zone
+  int words = 0;               // of a set that is an array
+  SparseSet static_candidates; // candidates that are static locals
+  SparseSet statics_at_entry;  // those whose value at entry can be read
   bool embedded_asg_seen = false;
 };
 extern LiveVariables live_variables;
@@ -25,19 +25,31 @@ extern LiveVariables live_variables;
 // What a symbol's count is when it is made, and all ones in the 16 bits of the debug file.
 inline constexpr std::int32_t candidate_lost = -1;
 
-// The per-block sets stand in the block's working slots.
-[[nodiscard]] inline Set &live_in(BB *block) {
-  return reinterpret_cast<Set &>(block->work[0]);
+// The sets of one block; find_live_variables puts them into the block's first working slot.
+struct LiveSets {
+  SparseSet live_in;
+  SparseSet live_out;
+  SparseSet defs; // assigned in the block, and not read before
+  SparseSet uses; // read in the block before it assigns them
+};
+[[nodiscard]] inline LiveSets *&live_sets(BB *block) {
+  return reinterpret_cast<LiveSets *&>(block->work[0]);
 }
-[[nodiscard]] inline Set &live_out(BB *block) {
-  return reinterpret_cast<Set &>(block->work[1]);
+[[nodiscard]] inline SparseSet &live_in(BB *block) {
+  return live_sets(block)->live_in;
 }
-[[nodiscard]] inline Set &defs(BB *block) {
-  return reinterpret_cast<Set &>(block->work[2]);
+[[nodiscard]] inline SparseSet &live_out(BB *block) {
+  return live_sets(block)->live_out;
 }
-[[nodiscard]] inline Set &uses(BB *block) {
-  return reinterpret_cast<Set &>(block->work[3]);
+[[nodiscard]] inline SparseSet &defs(BB *block) {
+  return live_sets(block)->defs;
 }
+[[nodiscard]] inline SparseSet &uses(BB *block) {
+  return live_sets(block)->uses;
+}
+
+// Gives the block empty sets.
+void make_live_sets(BB *block);
 
 // Is the symbol a candidate of the last analysis? Other passes keep figures of their own in the
 // count of symbols that take no part, so the number alone proves nothing.
@@ -50,12 +62,17 @@ inline constexpr std::int32_t candidate_lost = -1;
 // this one? Then the code behind the call does not run, and the statics are read as they are.
 [[nodiscard]] bool may_not_return(const NODE *call);
 
+// What the analysis is for.
+enum class LiveFor : std::uint8_t {
+  DEAD_CODE,  // x = x + 1 alone does not keep x alive, and static locals take part
+  ALLOCATION, // live_out holds only what has been given a value on some path
+  NOBODY      // the sets stay as they are within each block: only the candidates are wanted
+};
+
 // Tidies the statements (values that nobody uses, commas), numbers the candidates and fills live_in
 // and live_out of every block. Needs sym_split and edges; x = a + x may become x = x + a. Without
-// candidates the sets are not made. Time and memory: blocks times candidates / 32 words for each
-// set, over as many rounds as loops nest, and two. for_dead_code: for elimination of dead
-// assignments, where x = x + 1 alone does not keep x alive and static locals take part; otherwise
-// for storage allocation, where live_out is cut down to what has been given a value on some path.
-void find_live_variables(bool for_dead_code);
+// candidates the sets are not made. Time and memory: what is live, summed over the blocks, and the
+// time as often as loops nest, and twice.
+void find_live_variables(LiveFor use);
 
 } // namespace velkor

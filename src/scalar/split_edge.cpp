@@ -12,12 +12,10 @@ void replace_edge(EDGE *edges, const BB *old_end, BB *new_end) {
     if (edges->bb == old_end) edges->bb = new_end;
 }
 
-void make_live_sets(BB *block, BB *to) {
-  const int words = live_variables.words;
-  defs(block) = new_set(words);
-  uses(block) = new_set(words);
-  live_in(block) = new_set_copy(live_in(to), words);
-  live_out(block) = new_set_copy(live_in(to), words);
+void make_live_sets_on_way(BB *block, BB *to) {
+  make_live_sets(block);
+  set_copy(live_in(block), live_in(to));
+  set_copy(live_out(block), live_in(to));
 }
 
 } // namespace
@@ -29,7 +27,7 @@ BB *split_edge(BB *from, BB *to) {
   block->preds = edge_cons(from, nullptr);
   block->succs = edge_cons(to, nullptr);
   retarget_labelrefs(last_cell(from)->item, to, block);
-  if (live_variables.num_candidates > 0 && live_in(to)) make_live_sets(block, to);
+  if (live_variables.num_candidates > 0 && live_sets(to)) make_live_sets_on_way(block, to);
   renumber_blocks();
   return block;
 }

@@ -21,12 +21,13 @@ void report_stack() {
 } // namespace
 
 void allocate_regs() {
+  REGCLASS *chain = target.register_classes();
   sym_split();
-  find_live_variables(false);
+  // Without register classes only the debug file asks what is live.
+  find_live_variables(chain || state.debug_on ? LiveFor::ALLOCATION : LiveFor::NOBODY);
   debug_print("\n\n\t\t\t---------- ENTERING 'allocate_regs' ----------\n");
   state.alloc_comments = nullptr;
   if (live_variables.num_candidates == 0) return;
-  REGCLASS *chain = target.register_classes();
   compute_loop_depths();
   analyse_conflicts(chain != nullptr);
   SYM *packed_syms = allocation.measured ? allocate_classes(chain) : nullptr;

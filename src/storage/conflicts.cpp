@@ -81,9 +81,13 @@ bool fills_register_alike(const SYM *x, const SYM *y) {
 // evaluation.
 class ConflictWalk {
 public:
-  explicit ConflictWalk(BB *block)
-      : words_(live_variables.words), live_(new_set_copy(live_out(block), words_)),
-        statement_uses_(new_set(words_)), weight_(weight_of(block)) {}
+  ConflictWalk()
+      : words_(live_variables.words), live_(new_set(words_)), statement_uses_(new_set(words_)) {}
+
+  void begin_block(BB *block) {
+    set_copy(live_, live_out(block), words_);
+    weight_ = weight_of(block);
+  }
 
   void statement(NODE *tree) {
     set_clear(statement_uses_, words_);
@@ -318,7 +322,7 @@ private:
   int words_;
   Set live_;
   Set statement_uses_;
-  std::int32_t weight_;
+  std::int32_t weight_ = 0; // of an appearance in the block at hand
   int conditional_ = 0; // operands around the node at hand that may not be evaluated
 };
 
@@ -352,8 +356,8 @@ void begin_analysis(bool with_conflicts) {
   }
 }
 
-void analyse_block(BB *block) {
-  ConflictWalk walk(block);
+void analyse_block(BB *block, ConflictWalk &walk) {
+  walk.begin_block(block);
   block->trees = list_reverse_onto(block->trees, nullptr);
   for (LIST *cell = block->trees; cell; cell = cell->next)
     walk.statement(cell->item);
@@ -387,9 +391,10 @@ void analyse_conflicts(bool with_conflicts) {
   begin_analysis(with_conflicts);
   // Without register classes nobody asks for the measures; the walk still tells of preferences.
   const bool walks = allocation.measured || state.debug_on;
+  ConflictWalk walk;
   for (BB *block = state.first_bb->prev;; block = block->prev) {
     fold_assignment_into_branch(block);
-    if (walks) analyse_block(block);
+    if (walks) analyse_block(block, walk);
     if (block == state.first_bb) break;
   }
   if (walks) finish_measures();

@@ -13,7 +13,7 @@ protected:
     options.opt_target_mode = 0;
     use_pass({"_x", "_y", "_z", "_n", "_p"}, [this] {
       sym_split();
-      find_live_variables(true);
+      find_live_variables(LiveFor::DEAD_CODE);
       simpler = delay_assignments();
     });
   }
@@ -128,7 +128,7 @@ TEST_F(DelayAssignmentsTest, ASplitEdgeHasTheSetsOfItsEnd) {
   use_locals({"_x", "_n"});
   build({"if _n L1 L2", "L1:", "goto L2", "L2:", "return(_self,_x)"});
   sym_split();
-  find_live_variables(true);
+  find_live_variables(LiveFor::DEAD_CODE);
   BB *first = state.first_bb;
   BB *to = single_edge(first->next->succs);
   BB *between = split_edge(first, to);

@@ -46,7 +46,7 @@ protected:
   }
 
   // Names of the candidates in a set without the underscore, by number.
-  static std::string names(ConstSet set) {
+  template <typename AnySet> static std::string names(const AnySet &set) {
     std::string result;
     for (int number = 0; number < live_variables.num_candidates; ++number)
       if (set_has(set, number) && is_candidate(live_variables.candidates[number])) {
