@@ -1,5 +1,6 @@
 """What a command costs: wall-clock time, CPU time, peak memory. Needs `cost` of the same build."""
 import dataclasses
+import re
 import subprocess
 
 # CPU seconds after which a command is stopped.
@@ -47,3 +48,16 @@ def best(bin_folder, command, prepare=lambda: None, repeats=3, enough=float("inf
         if run.cpu >= enough:
             break
     return result
+
+
+def instructions(command):
+    """Instructions that a command executes: the same on every run and under any load, and blind to
+    what the caches cost. Raises Failed."""
+    words = [str(word) for word in command]
+    done = subprocess.run(["valgrind", "--tool=cachegrind", "--cache-sim=no",
+                           "--cachegrind-out-file=/dev/null", *words], capture_output=True,
+                          text=True, errors="replace", check=False)
+    count = re.search(r"I\s+refs:\s+([\d,]+)", done.stderr)
+    if done.returncode != 0 or not count:
+        raise Failed(f"status {done.returncode}: {' '.join(words)}")
+    return int(count[1].replace(",", ""))

@@ -10,11 +10,22 @@ import shapes
 
 SIZES = [500, 1000, 2000, 4000, 8000, 16000, 32000]
 QUICK_SIZES = SIZES[:4]
+COUNTED_SIZES = SIZES[::2]
 LEVELS = [0, 1, 2]
 # A run of so many CPU seconds is not repeated.
 LONG_SECONDS = 2
 # Behind a run of so many, larger functions of its shape are left out.
 LAST_SECONDS = 4
+
+
+def exponent(points):
+    """Least squares of log cost over log size, of pairs (size, cost)."""
+    if len(points) < 2:
+        return float("nan")
+    xs = [math.log(size) for size, _ in points]
+    ys = [math.log(max(cost, 1e-6)) for _, cost in points]
+    x, y = sum(xs) / len(xs), sum(ys) / len(ys)
+    return sum((a - x) * (b - y) for a, b in zip(xs, ys)) / sum((a - x) ** 2 for a in xs)
 
 
 class Series:
@@ -37,14 +48,7 @@ class Series:
         self.ended = cost.cpu > LAST_SECONDS
 
     def exponent(self):
-        """Least squares of log time over log size."""
-        if len(self.points) < 2:
-            return float("nan")
-        xs = [math.log(size) for size, _, _ in self.points]
-        ys = [math.log(max(seconds, 1e-6)) for _, seconds, _ in self.points]
-        x, y = sum(xs) / len(xs), sum(ys) / len(ys)
-        return (sum((a - x) * (b - y) for a, b in zip(xs, ys)) /
-                sum((a - x) ** 2 for a in xs))
+        return exponent([(size, seconds) for size, seconds, _ in self.points])
 
     def cells(self, sizes):
         """Microseconds a statement by size, megabytes at the largest size, the exponent."""
@@ -111,3 +115,22 @@ def scaling(bin_folder, work, sizes):
         for (at, shape, name), one in series.items():
             if at == level:
                 print(f"{shape if name.startswith('velkor') else '':18}{name:16}{one.cells(sizes)}")
+
+
+def counting(bin_folder, work, sizes):
+    """The optimizer alone, in executed instructions."""
+    print("\nThousands of instructions a statement by statements of one function, growth exponent")
+    print(f"{'shape':18}{'level':6}" + "".join(f"{size:8}" for size in sizes) + f"{'exponent':>10}")
+    for shape, generate in shapes.SHAPES.items():
+        points = {level: [] for level in LEVELS}
+        for size in sizes:
+            if not translate(bin_folder, work, generate(size)):
+                break
+            for level in LEVELS:
+                _, command, prepare = commands(bin_folder, work, level)[0]
+                prepare()
+                points[level].append((size, costs.instructions(command)))
+        for level, found in points.items():
+            cells = "".join(f"{count / size / 1e3:8.1f}" for size, count in found)
+            print(f"{'' if level else shape:18}{f'-o{level}':6}{cells}{exponent(found):10.2f}",
+                  flush=True)
