@@ -228,13 +228,7 @@ NODE *DeadWalk::walk_sequence(NODE *tree, Use use) {
   const Use part = use == Use::CONDITIONAL ? use : Use::DISCARDED;
   NODE *right = walk(tree->right, tree->op == PCOMMA ? part : use);
   NODE *left = walk(tree->left, part);
-  if (left && right) {
-    tree->left = left;
-    tree->right = right;
-    return tree;
-  }
-  erase_node(tree);
-  return left ? left : right;
+  return list_of_remaining(tree, left, right);
 }
 
 // LOOP and INITLOOP set a loop's counter to the number of its trips.

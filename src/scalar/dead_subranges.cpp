@@ -286,13 +286,7 @@ NODE *walk_access(NODE *access) {
 NODE *walk_sequence(NODE *tree, Use use) {
   NODE *right = walk(tree->right, tree->op == PCOMMA ? Use::DISCARDED : use);
   NODE *left = walk(tree->left, Use::DISCARDED);
-  if (left && right) {
-    tree->left = left;
-    tree->right = right;
-    return tree;
-  }
-  erase_node(tree);
-  return left ? left : right;
+  return list_of_remaining(tree, left, right);
 }
 
 // && || ? evaluate the right operand perhaps, NASSERT its operand never.

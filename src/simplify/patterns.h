@@ -35,6 +35,18 @@ inline void set_icon(NODE *icon, std::int32_t value, TypeWord wider_type) {
   icon->u.lval = wrap_value(value, icon->type);
 }
 
+// What is left of a list (a , b) of which either side may have gone: the list of both, one of them,
+// or none.
+[[nodiscard]] inline NODE *list_of_remaining(NODE *list, NODE *left, NODE *right) {
+  if (left && right) {
+    list->left = left;
+    list->right = right;
+    return list;
+  }
+  erase_node(list);
+  return left ? left : right;
+}
+
 // Erases the node alone and yields its left child.
 [[nodiscard]] inline NODE *replace_by_left(NODE *node) {
   NODE *left = node->left;

@@ -9,6 +9,7 @@
 #include "core/questions.h"
 #include "diag/dump.h"
 #include "simplify/fold.h"
+#include "simplify/patterns.h"
 #include "simplify/rule_sets.h"
 
 namespace velkor {
@@ -317,12 +318,8 @@ NODE *discard_operands(NODE *node) {
   if (left && right) {
     node->op = COMMA_OP;
     node->type = right->type;
-    node->left = left;
-    node->right = right;
-    return node;
   }
-  erase_node(node);
-  return left ? left : right;
+  return list_of_remaining(node, left, right);
 }
 
 bool is_register_name(const NODE *node) {
