@@ -1,6 +1,7 @@
 // The order of terms in an address.
 //
-//     *(a + (i * 4 + (j + 12)))   ->   *(((a + j) + PMCONV(i, 32 bits)) + 12)
+//     *(a + (i * 4 + (j + 12)))   ->   *(((a + j) + i * 4) + 12)
+//     *(a + i * 4)                ->   *(a + PMCONV(i, 32 bits))
 //
 // Addresses that differ in their constant, or in their last index, then have the rest in common. An
 // index stays a register times a factor that the access can apply by itself. All terms are of 32

@@ -52,6 +52,7 @@ TEST_F(FastPropagationTest, WhatEndsAValue) {
   EXPECT_EQ(value_behind("asg_add(_x,_y)"), "return(_self, _x)");
   EXPECT_EQ(value_behind("asg_add(_x,7)"), "return(_self, 12)");
   EXPECT_EQ(value_behind("asg_shift_left(_x,2)"), "return(_self, 20)");
+  EXPECT_EQ(after({"asg_add(_x,_y)", "return(_self,_x)"})[1], "asg_add(_x, _y)");
   EXPECT_EQ(value_behind("assign(_y,assign(_x,8))"), "return(_self, 8)");
   EXPECT_EQ(value_behind("assign(_x,address:int*(_y))"), "return(_self, sconv:int(address(_y)))");
   // reached through its address, if only by a call or by an access of its own

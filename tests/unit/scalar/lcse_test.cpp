@@ -3,6 +3,7 @@
 #include "scalar/lcse.h"
 
 #include "core/target.h"
+#include "scalar/lcse_state.h"
 #include "scalar/scalar_rows.h"
 #include "scalar/subranges.h"
 
@@ -134,6 +135,21 @@ TEST_F(CommonSubexpressionTest, NothingMovesAheadOfACall) {
             "assign(_z, comma_op(assign(_x, 3), subtract(3, _y)))");
 }
 
+TEST_F(CommonSubexpressionTest, CallsThatOnlyComputeAreMadeOnce) {
+  const auto calls = [&](const char *first, const char *between, const char *second) {
+    return count(after({"assign(_y," + std::string(first) + ")", between,
+                        "assign(_z," + std::string(second) + ")", "return(_self,add(_y,_z))"}),
+                 "call(");
+  };
+  const char *abs_of_x = "call(address(_abs),_x)";
+  EXPECT_EQ(calls(abs_of_x, "assign(_g1,1)", abs_of_x), 1);
+  EXPECT_EQ(calls(abs_of_x, "assign(_x,1)", abs_of_x), 2);
+  EXPECT_EQ(calls(abs_of_x, "assign(_g1,1)", "call(address(_abs),_n)"), 2);
+  EXPECT_EQ(calls(abs_of_x, "assign(_g1,1)", "call(address(_fn),_x)"), 2);
+  EXPECT_EQ(
+      calls("call(address(_strlen),_cp)", "assign(deref(_cp),0)", "call(address(_strlen),_cp)"), 2);
+}
+
 TEST_F(CommonSubexpressionTest, ComparisonsOfAValueWithItself) {
   EXPECT_EQ(after({"assign(_z,add(_x,_y))", "assign(_n,le(_z,add(_y,_x)))", "return(_self,_n)"})[2],
             "assign(_n, 1)");
@@ -202,6 +218,23 @@ TEST_F(CommonSubexpressionTest, OffsetsAndScalesOfAccesses) {
   EXPECT_TRUE(offset_fits(124, INT, false) && offset_fits(62, SHORT, true));
   EXPECT_FALSE(offset_fits(-4, INT, false) || offset_fits(128, INT, false) ||
                offset_fits(2, SHORT, false) || scale_ok(4, 32));
+}
+
+TEST_F(CommonSubexpressionTest, AddressesKeepAnOrderOfTerms) {
+  options.opt_target_mode = 0;
+  const auto ordered = [&](const char *address) {
+    return text(reassociate_address(tree(address), INT));
+  };
+  // what the access itself scales, and what it cannot beside a constant
+  EXPECT_EQ(ordered("add:int*(_p,multiply(_i,4))"), "add(_p, pmconv(_i, 32))");
+  EXPECT_EQ(ordered("add:int*(_p,multiply(_i,12))"), "add(_p, pmconv(multiply(_i, 3), 32))");
+  EXPECT_EQ(ordered("add:int*(_p,add(multiply(_i,4),add(_n,12)))"),
+            "add(add(add(_p, _n), multiply(_i, 4)), 12)");
+  // an index that is no register takes the other terms in
+  EXPECT_EQ(ordered("add:int*(_p,add(multiply(add(_i,_z),4),_n))"),
+            "add(_p, pmconv(add(multiply(add(_i, _z), 4), _n), 8))");
+  EXPECT_EQ(ordered("add:int*(_p,subtract(_n,_i))"), "add(_p, pmconv(subtract(_n, _i), 8))");
+  EXPECT_EQ(ordered("asg_add(_p,multiply(_i,8))"), "asg_add(_p, pmconv(_i, 64))");
 }
 
 TEST_F(CommonSubexpressionTest, PlacesOfAccesses) {

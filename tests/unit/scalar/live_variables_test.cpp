@@ -120,6 +120,9 @@ TEST_F(LiveVariablesTest, ForAllocationARangeBeginsWhereThereIsAValue) {
   live(lines, LiveFor::ALLOCATION);
   EXPECT_EQ(names(live_out(block(1))), "y") << "nothing has set x yet";
   EXPECT_EQ(names(live_in(block(1))), "x") << "what the entry needs stays as it is";
+  sym("_x")->level = 1;
+  live(lines, LiveFor::ALLOCATION);
+  EXPECT_EQ(names(live_out(block(1))), "x y") << "a parameter has a value from the start";
 }
 
 TEST_F(LiveVariablesTest, WithoutCandidatesNothingIsSaid) {

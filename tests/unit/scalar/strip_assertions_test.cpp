@@ -21,6 +21,9 @@ TEST_F(StripAssertionsTest, Statements) {
   const Lines input = {"call(address(_fn),1)", "nassert(gt(_vol,0))",
                        "nassert(ucall(address(_fn)))", "return(_self,1)"};
   EXPECT_EQ(stripped(input, true), (Lines{"B1:", "call(address(_fn), 1)", "return(_self, 1)"}));
+  EXPECT_EQ(stripped({"assign(_y,comma_op(ucall(address(_fn)),nassert(_x)))", "return(_self,_y)"},
+                     true)[1],
+            "assign(_y, comma_op(ucall(address(_fn)), 0))");
   EXPECT_EQ(stripped(input, false).size(), 5u) << "nothing was announced";
   EXPECT_EQ(stripped({"assert(gt(_vol,0))", "return(_self,1)"}, true)[1], "assert(gt(_vol, 0))");
 }
