@@ -18,9 +18,13 @@ void reserve(SparseSet &set, int words) {
   set.capacity = capacity;
 }
 
-// The first word at the place or behind it.
+// The first word at the place or behind it. No two words have one place, so it stands at most as
+// far from the first one as the places do: in a set without gaps it is found at once.
 Word *find_word(const SparseSet &set, int place) {
-  return std::lower_bound(set.words, set.words + set.size, place,
+  if (set.size == 0 || place <= set.words[0].place) return set.words;
+  Word *farthest = set.words + std::min(set.size, place - set.words[0].place);
+  if (farthest[-1].place == place - 1) return farthest;
+  return std::lower_bound(set.words, farthest, place,
                           [](const Word &word, int at) { return word.place < at; });
 }
 
@@ -86,10 +90,13 @@ void insert_lacking_words(SparseSet &into, const SparseSet &from, const SparseSe
 
 } // namespace
 
+std::uint32_t set_word(const SparseSet &set, int place) {
+  const Word *word = find_word(set, place);
+  return word != set.words + set.size && word->place == place ? word->bits : 0;
+}
+
 bool set_has(const SparseSet &set, int element) {
-  const Word *word = find_word(set, element >> 5);
-  return word != set.words + set.size && word->place == element >> 5 &&
-         (word->bits >> (element & 31) & 1) != 0;
+  return (set_word(set, element >> 5) >> (element & 31) & 1) != 0;
 }
 
 void set_add(SparseSet &set, int element) {

@@ -26,6 +26,8 @@ inline void set_clear(SparseSet &set) {
   set.size = 0;
 }
 [[nodiscard]] bool set_has(const SparseSet &set, int element);
+// The elements 32 * place to 32 * place + 31 as bits.
+[[nodiscard]] std::uint32_t set_word(const SparseSet &set, int place);
 void set_add(SparseSet &set, int element);
 void set_remove(SparseSet &set, int element);
 [[nodiscard]] bool set_is_empty(const SparseSet &set);

@@ -6,6 +6,7 @@
 #include "core/options.h"
 #include "core/output.h"
 #include "core/state.h"
+#include "core/zones.h"
 #include "diag/dump.h"
 #include "diag/infix.h"
 #include "scalar/combine_assignments.h"
@@ -230,6 +231,49 @@ SparseSet &mentioned_in(BB *block) {
   return uses(block);
 }
 
+// What a search asks of each block on its way, for the 32 candidates that share the words of the
+// one asked for last: the next search is mostly for one of them. Without this a function of
+// thousands of variables and blocks spends its time in reading sets from memory. Made on demand, in
+// the block's second working slot.
+struct Recent {
+  int place = nowhere; // of the words in the sets
+  std::uint32_t live_in = 0;
+  std::uint32_t live_out = 0;
+  std::uint32_t mentioned = 0;
+  static constexpr int nowhere = -1;
+};
+
+Recent &recent(BB *block) {
+  if (!block->work[1]) block->work[1] = new (lalloc(sizeof(Recent))) Recent;
+  return *static_cast<Recent *>(block->work[1]);
+}
+
+void forget_recent(BB *block) {
+  recent(block).place = Recent::nowhere;
+}
+
+const Recent &recent_for(BB *block, const SYM *sym) {
+  Recent &words = recent(block);
+  const int place = sym->count >> 5;
+  if (words.place != place)
+    words = {place, set_word(live_in(block), place), set_word(live_out(block), place),
+             set_word(mentioned_in(block), place)};
+  return words;
+}
+
+bool has_bit_of(std::uint32_t word, const SYM *sym) {
+  return (word >> (sym->count & 31) & 1) != 0;
+}
+bool is_live_in(BB *block, const SYM *sym) {
+  return has_bit_of(recent_for(block, sym).live_in, sym);
+}
+bool is_live_out(BB *block, const SYM *sym) {
+  return has_bit_of(recent_for(block, sym).live_out, sym);
+}
+bool may_mention(BB *block, const SYM *sym) {
+  return has_bit_of(recent_for(block, sym).mentioned, sym);
+}
+
 void add_all_candidates(SparseSet &set) {
   for (int number = 0; number < live_variables.num_candidates; ++number)
     set_add(set, number);
@@ -246,15 +290,26 @@ void add_mentions(SparseSet &set, const NODE *tree) {
   }
 }
 
-void find_mentions(BB *block) {
+void note_mentions(BB *block, const NODE *tree) {
+  add_mentions(mentioned_in(block), tree);
+  forget_recent(block);
+}
+
+void forget_mentions(BB *block) {
   set_clear(mentioned_in(block));
+  forget_recent(block);
+}
+
+void find_mentions(BB *block) {
+  block->work[1] = nullptr; // whatever another pass has left there
+  forget_mentions(block);
   for (const LIST *cell = block->trees; cell; cell = cell->next)
-    add_mentions(mentioned_in(block), cell->item);
+    note_mentions(block, cell->item);
 }
 
 // The cell of the block's first statement that mentions sym, or none.
 LIST *first_mention(BB *block, const SYM *sym) {
-  return set_has(mentioned_in(block), sym->count) ? mentions_in(block).find(sym) : nullptr;
+  return may_mention(block, sym) ? mentions_in(block).find(sym) : nullptr;
 }
 
 // ------------------------------------------------------------------------------------------------
@@ -304,8 +359,7 @@ BB *skip_branch(const SYM *sym, const BB *block) {
   BB *first = block->succs->bb;
   BB *exit = block->succs->next->bb;
   if (first->dfn <= block->dfn || exit->dfn <= block->dfn) return nullptr;
-  const int number = sym->count;
-  if (!set_has(live_in(first), number) || !set_has(live_in(exit), number)) return nullptr;
+  if (!is_live_in(first, sym) || !is_live_in(exit, sym)) return nullptr;
   if (first->dfn > exit->dfn) std::swap(first, exit);
   if (BB *join = join_of_arms(sym, first, exit)) return join;
   const BB *last = exit->prev;
@@ -318,7 +372,7 @@ BB *skip_branch(const SYM *sym, const BB *block) {
 BB *wanting_successor(const SYM *sym, const BB *block) {
   BB *result = nullptr;
   for (const EDGE *edge = block->succs; edge; edge = edge->next) {
-    if (!set_has(live_in(edge->bb), sym->count)) continue;
+    if (!is_live_in(edge->bb, sym)) continue;
     if (result) return nullptr;
     result = edge->bb;
   }
@@ -328,7 +382,7 @@ BB *wanting_successor(const SYM *sym, const BB *block) {
 // The block in which the search goes on behind block, or none. The edge to it may get a block of
 // its own, which is the result then.
 BB *next_block(const SYM *sym, BB *block) {
-  if (!block->succs || !set_has(live_out(block), sym->count)) return nullptr;
+  if (!block->succs || !is_live_out(block, sym)) return nullptr;
   const int successors = edge_count(block->succs);
   if (successors == 1)
     if (BB *behind = skip_loop(sym, block)) return behind;
@@ -397,7 +451,7 @@ void move(NODE *assignment, const Place &from, const Place &to) {
   FirstMentions &index = mentions_in(to.block);
   cell->next = list_cons(cell->item, cell->next, cell->line, cell->line2);
   index.note_insertion(cell, cell->next, assignment->left->u.sym);
-  add_mentions(mentioned_in(to.block), assignment);
+  note_mentions(to.block, assignment);
   cell->item = discard_value(copy_tree(assignment));
   cell->line = from.cell->line;
   cell->line2 = from.cell->line2;
@@ -445,7 +499,7 @@ bool delay_in_block(BB *block) {
   LIST *pending = list_reverse_onto(block->trees, nullptr);
   block->trees = nullptr;
   FirstMentions &index = first_mentions[block] = {};
-  set_clear(mentioned_in(block));
+  forget_mentions(block);
   while (LIST *cell = pending) {
     pending = cell->next;
     cell->next = block->trees;
@@ -453,7 +507,7 @@ bool delay_in_block(BB *block) {
     delay_in_statement(block, cell);
     if (cell->item) {
       index.enter_in_front(cell);
-      add_mentions(mentioned_in(block), cell->item);
+      note_mentions(block, cell->item);
       continue;
     }
     block->trees = cell->next;
