@@ -16,6 +16,7 @@
 #include "simplify/patterns.h"
 
 #include <cstddef>
+#include <new>
 #include <unordered_map>
 #include <utility>
 #include <vector>
