@@ -33,7 +33,7 @@ int main(int argc, char **argv) {
   std::string input;
   std::string output;
   app.add_option("FILE", input, "icode file")->required();
-  app.add_option("-o,--output", output, "text file; the standard output when not given");
+  app.add_option("-o,--output", output, "text file; the standard output when not given, or -");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError &error) {
@@ -45,5 +45,6 @@ int main(int argc, char **argv) {
     std::fprintf(stderr, "velkor-dis: %s\n", error.c_str());
     return 1;
   }
+  if (output == "-") output.clear();
   return write_text(output, velkor::text::to_text(file)) ? 0 : 1;
 }
