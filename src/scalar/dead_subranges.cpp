@@ -265,14 +265,12 @@ void walk_path(NODE *access) {
 
 // The way to a place that is not read itself, or whose read has been noted as a whole.
 void walk_place(NODE *&place) {
-  NODE **object = &place;
-  while ((*object)->op == MEMBER)
-    object = &(*object)->left;
-  switch ((*object)->op) {
+  NODE *&object = object_below_members(place);
+  switch (object->op) {
   case NAME: return;
   case DEREF:
-  case ARROW: walk_path(*object); return;
-  default: *object = walk_value(*object);
+  case ARROW: return walk_path(object);
+  default: object = walk_value(object);
   }
 }
 

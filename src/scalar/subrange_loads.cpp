@@ -154,14 +154,12 @@ void rewrite_path(NODE *access) {
 
 // A place that is not read: below an address operator, or stored to.
 void rewrite_place(NODE *&place) {
-  NODE **object = &place;
-  while ((*object)->op == MEMBER)
-    object = &(*object)->left;
-  switch ((*object)->op) {
+  NODE *&object = object_below_members(place);
+  switch (object->op) {
   case NAME: return;
   case DEREF:
-  case ARROW: rewrite_path(*object); return;
-  default: *object = rewrite(*object);
+  case ARROW: return rewrite_path(object);
+  default: object = rewrite(object);
   }
 }
 

@@ -52,4 +52,13 @@ void free_subranges(SUBRANGE *chain);
 // The chain in the debug file under the title, one line for each range, or for the first one only.
 void print_subranges(const char *title, const SUBRANGE *chain, bool only_first);
 
+// Below the members that a place goes through: its object's NAME, the access through a pointer, or
+// what else yields the object.
+[[nodiscard]] inline NODE *&object_below_members(NODE *&place) {
+  NODE **object = &place;
+  while ((*object)->op == MEMBER)
+    object = &(*object)->left;
+  return *object;
+}
+
 } // namespace velkor

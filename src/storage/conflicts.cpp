@@ -323,7 +323,7 @@ private:
   Set live_;
   Set statement_uses_;
   std::int32_t weight_ = 0; // of an appearance in the block at hand
-  int conditional_ = 0; // operands around the node at hand that may not be evaluated
+  int conditional_ = 0;     // operands around the node at hand that may not be evaluated
 };
 
 // ------------------------------------------------------------------------------------------------

@@ -1,7 +1,8 @@
 // What storage allocation knows of the candidates: costs, conflicts, preferences, how they are
 // used.
 //
-// The sets are over the candidate numbers of find_live_variables(LiveFor::ALLOCATION), in the local zone.
+// The sets are over the candidate numbers of find_live_variables(LiveFor::ALLOCATION), in the local
+// zone.
 #pragma once
 
 #include "core/records.h"
