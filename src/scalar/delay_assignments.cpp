@@ -250,7 +250,7 @@ Recent &recent(BB *block) {
 }
 
 void forget_recent(BB *block) {
-  recent(block).place = Recent::nowhere;
+  if (block->work[1]) recent(block).place = Recent::nowhere;
 }
 
 const Recent &recent_for(BB *block, const SYM *sym) {

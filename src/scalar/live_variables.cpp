@@ -10,6 +10,7 @@
 #include "scalar/split_commas.h"
 #include "simplify/simplify.h"
 
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -214,6 +215,15 @@ void find_local_sets(BB *block, LiveFor use) {
   set_copy(live_in(block), uses(block));
 }
 
+// All that the walk finds but for the sets, which are gathered in one place and forgotten.
+void lose_addressed_candidates() {
+  LiveSets unwanted;
+  local = {&unwanted.uses, &unwanted.defs, false};
+  for (const BB *block = state.first_bb; block; block = block->next)
+    for (const LIST *cell = block->trees; cell; cell = cell->next)
+      local_lva_defs(cell->item, false, false);
+}
+
 // ------------------------------------------------------------------------------------------------
 // The whole function
 
@@ -307,8 +317,7 @@ bool may_not_return(const NODE *call) {
 }
 
 void make_live_sets(BB *block) {
-  live_sets(block) = static_cast<LiveSets *>(lalloc(sizeof(LiveSets)));
-  *live_sets(block) = LiveSets{};
+  block->work[0] = new (lalloc(sizeof(LiveSets))) LiveSets;
 }
 
 void find_live_variables(LiveFor use) {
@@ -317,9 +326,9 @@ void find_live_variables(LiveFor use) {
     tidy_statements(block);
   number_candidates(use);
   if (live_variables.num_candidates == 0) return;
+  if (use == LiveFor::NOBODY) return lose_addressed_candidates();
   for (BB *block = state.first_bb; block; block = block->next)
     find_local_sets(block, use);
-  if (use == LiveFor::NOBODY) return;
   solve();
   if (use == LiveFor::ALLOCATION) restrict_to_touched();
 }

@@ -32,8 +32,8 @@ struct LiveSets {
   SparseSet defs; // assigned in the block, and not read before
   SparseSet uses; // read in the block before it assigns them
 };
-[[nodiscard]] inline LiveSets *&live_sets(BB *block) {
-  return reinterpret_cast<LiveSets *&>(block->work[0]);
+[[nodiscard]] inline LiveSets *live_sets(const BB *block) {
+  return static_cast<LiveSets *>(block->work[0]);
 }
 [[nodiscard]] inline SparseSet &live_in(BB *block) {
   return live_sets(block)->live_in;
@@ -66,13 +66,13 @@ void make_live_sets(BB *block);
 enum class LiveFor : std::uint8_t {
   DEAD_CODE,  // x = x + 1 alone does not keep x alive, and static locals take part
   ALLOCATION, // live_out holds only what has been given a value on some path
-  NOBODY      // the sets stay as they are within each block: only the candidates are wanted
+  NOBODY      // no sets: only the candidates are wanted
 };
 
 // Tidies the statements (values that nobody uses, commas), numbers the candidates and fills live_in
 // and live_out of every block. Needs sym_split and edges; x = a + x may become x = x + a. Without
-// candidates the sets are not made. Time and memory: what is live, summed over the blocks, and the
-// time as often as loops nest, and twice.
+// candidates the sets are not made. Memory: what is live, summed over the blocks. Time: that, over
+// as many rounds as loops nest, and two.
 void find_live_variables(LiveFor use);
 
 } // namespace velkor
